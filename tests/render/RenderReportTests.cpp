@@ -97,6 +97,28 @@ TEST_F(RenderReport, SummaryGivesFramesSecondsSpeedAndPeaksAndQuietSilencesIt)
     EXPECT_EQ(quiet.out, "");
 }
 
+TEST_F(RenderReport, ProgressBarShowsOnATerminalForInputsLongerThanFiveSecondsOnly)
+{
+    // The demo lasts 6 seconds.
+    const RunResult demo = runRender({path("demo.wav")}, true);
+    ASSERT_EQ(demo.status, 0) << demo.err;
+    // A bar is drawn, then its line is blanked so the summary stands alone on it.
+    EXPECT_EQ(demo.err.rfind("\r[", 0), 0u) << demo.err;
+    EXPECT_NE(demo.err.find("%"), std::string::npos) << demo.err;
+    EXPECT_NE(demo.err.find("\r" + std::string(48, ' ') + "\r264600 frames"), std::string::npos)
+        << demo.err;
+
+    const RunResult quiet = runRender({"--quiet", path("demo.wav")}, true);
+    EXPECT_EQ(quiet.err, "");
+
+    writeSoundFile(path("in.wav"), SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 2,
+                   testSignal(5 * 44100, 2));
+    const RunResult shortInput = runRender({path("in.wav"), path("out.wav")}, true);
+    ASSERT_EQ(shortInput.status, 0) << shortInput.err;
+    EXPECT_EQ(shortInput.err.find('%'), std::string::npos) << shortInput.err;
+    EXPECT_NE(shortInput.err.find("220500 frames"), std::string::npos) << shortInput.err;
+}
+
 TEST_F(RenderReport, ListShowsProgramsAndParametersAfterProgramAndParameters)
 {
     const RunResult defaults = runRender({"--list"});

@@ -1,6 +1,7 @@
 #include "RenderTestSupport.h"
 
 #include <fcntl.h>
+#include <pty.h>
 #include <sndfile.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -53,12 +54,18 @@ uint32_t bitsOf(float value)
 
 } // namespace
 
-RunResult runRender(const std::vector<std::string>& arguments)
+RunResult runRender(const std::vector<std::string>& arguments, bool stderrOnTerminal)
 {
     char outPattern[] = "/tmp/hvt-render-out.XXXXXX";
     char errPattern[] = "/tmp/hvt-render-err.XXXXXX";
     const int outFile = mkstemp(outPattern);
-    const int errFile = mkstemp(errPattern);
+    int errFile = mkstemp(errPattern);
+    int terminal = -1;
+    if (stderrOnTerminal) {
+        close(errFile);
+        unlink(errPattern);
+        EXPECT_EQ(openpty(&terminal, &errFile, nullptr, nullptr, nullptr), 0);
+    }
 
     std::vector<std::string> words = {renderProgram()};
     words.insert(words.end(), arguments.begin(), arguments.end());
@@ -84,9 +91,17 @@ RunResult runRender(const std::vector<std::string>& arguments)
     close(outFile);
     close(errFile);
     result.out = readWhole(outPattern);
-    result.err = readWhole(errPattern);
     unlink(outPattern);
-    unlink(errPattern);
+    if (stderrOnTerminal) {
+        // The child has exited and its side is closed: read what is buffered until EIO.
+        char buffer[4096];
+        for (ssize_t got; (got = read(terminal, buffer, sizeof buffer)) > 0;)
+            result.err.append(buffer, static_cast<size_t>(got));
+        close(terminal);
+    } else {
+        result.err = readWhole(errPattern);
+        unlink(errPattern);
+    }
     return result;
 }
 

@@ -33,8 +33,9 @@ std::string renderProgram();
 std::string modulePath();
 std::string moduleWithoutEntryPath();
 
-// Runs hvtremolo-render with `arguments`; stdout and stderr are captured whole.
-RunResult runRender(const std::vector<std::string>& arguments);
+// Runs hvtremolo-render with `arguments`; stdout and stderr are captured whole. With
+// `stderrOnTerminal` stderr is a pseudo-terminal, as when a user runs the program by hand.
+RunResult runRender(const std::vector<std::string>& arguments, bool stderrOnTerminal = false);
 
 void writeSoundFile(const std::string& path, int format, int sampleRate, int channels,
                     const std::vector<float>& interleaved);

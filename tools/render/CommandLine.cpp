@@ -6,6 +6,8 @@
 
 namespace {
 
+// Far beyond what any host uses; a larger block is a typo, not a wish.
+constexpr int kLargestBlock = 65536;
 constexpr int kLowestSampleRate = 1000;
 constexpr int kHighestSampleRate = 768000;
 constexpr int kNumPrograms = 10;

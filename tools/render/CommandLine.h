@@ -11,16 +11,16 @@ struct ParameterSetting {
 };
 
 struct RenderOptions {
-    std::string pluginPath;              // empty: the HvTremolo.so built next to the program
-    std::optional<int> program;          // applied before every parameter
+    std::string pluginPath; // empty: the HvTremolo.so built next to the program
+    std::optional<int> program; // applied before every parameter
     std::vector<ParameterSetting> parameters; // applied in the order given
     int blockSize = 512;
-    std::optional<int> sampleRate;       // only for the demo signal
-    std::string plotPath;                // empty: no plot
+    std::optional<int> sampleRate; // only for the demo signal
+    std::string plotPath; // empty: no plot
     bool quiet = false;
     bool list = false;
     bool help = false;
-    std::string inputPath;               // empty: the built-in demo signal
+    std::string inputPath; // empty: the built-in demo signal
     std::string outputPath;
 };
 
@@ -34,5 +34,4 @@ ParseResult parseCommandLine(const std::vector<std::string>& arguments);
 // The --help text.
 std::string usageText();
 
-constexpr int kLargestBlock = 65536;
 constexpr int kDemoSampleRate = 44100;

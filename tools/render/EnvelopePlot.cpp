@@ -1,11 +1,13 @@
 #include "tools/render/EnvelopePlot.h"
 
 #include <cairo.h>
+#include <fontconfig/fontconfig.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -113,6 +115,38 @@ void drawAxes(cairo_t* cr, const Frame& f)
     cairo_restore(cr);
 }
 
+// Where a long file puts many levels on one pixel column, the line goes from the column's
+// quietest to its loudest level: the same picture as every point drawn, at a fraction of the
+// cost (an hour of audio has 720000 levels).
+std::vector<std::pair<double, double>> envelopePoints(const Frame& f,
+                                                      const std::vector<float>& levels,
+                                                      double secondsPerLevel)
+{
+    std::vector<std::pair<double, double>> points;
+    const double columns = f.x1 - f.x0;
+    // Each level is drawn at the middle of its window.
+    auto xOf = [&](size_t i) {
+        return f.x(std::min((static_cast<double>(i) + 0.5) * secondsPerLevel, f.seconds));
+    };
+    if (static_cast<double>(levels.size()) <= 2.0 * columns) {
+        for (size_t i = 0; i < levels.size(); ++i)
+            points.emplace_back(xOf(i), f.y(levels[i]));
+        return points;
+    }
+    size_t i = 0;
+    while (i < levels.size()) {
+        const double column = std::floor(xOf(i));
+        double quietest = levels[i], loudest = levels[i];
+        for (; i < levels.size() && std::floor(xOf(i)) == column; ++i) {
+            quietest = std::min(quietest, static_cast<double>(levels[i]));
+            loudest = std::max(loudest, static_cast<double>(levels[i]));
+        }
+        points.emplace_back(column + 0.5, f.y(quietest));
+        points.emplace_back(column + 0.5, f.y(loudest));
+    }
+    return points;
+}
+
 void drawEnvelope(cairo_t* cr, const Frame& f, const std::vector<float>& levels,
                   double secondsPerLevel, const Colour& colour, double width)
 {
@@ -121,11 +155,8 @@ void drawEnvelope(cairo_t* cr, const Frame& f, const std::vector<float>& levels,
     cairo_save(cr);
     cairo_rectangle(cr, f.x0, f.y0, f.x1 - f.x0, f.y1 - f.y0);
     cairo_clip(cr);
-    // Each level is drawn at the middle of its window.
-    for (size_t i = 0; i < levels.size(); ++i) {
-        const double t = (static_cast<double>(i) + 0.5) * secondsPerLevel;
-        cairo_line_to(cr, f.x(std::min(t, f.seconds)), f.y(levels[i]));
-    }
+    for (const auto& [x, y] : envelopePoints(f, levels, secondsPerLevel))
+        cairo_line_to(cr, x, y);
     setColour(cr, colour);
     cairo_set_line_width(cr, width);
     cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
@@ -173,9 +204,8 @@ double topOfScale(const PlotData& data)
     return std::min(kHighestTopDb, std::ceil(loudest / 6.0) * 6.0);
 }
 
-} // namespace
 
-bool writeEnvelopePlot(const PlotData& data, const std::string& path, std::string& error)
+bool drawEnvelopePlot(const PlotData& data, const std::string& path, std::string& error)
 {
     using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
     using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
@@ -187,9 +217,13 @@ bool writeEnvelopePlot(const PlotData& data, const std::string& path, std::strin
     cairo_set_source_rgb(cr, 1.0, 1.0, 1.0);
     cairo_paint(cr);
 
-    const Frame frame{kMarginLeft,       kMarginTop, kPlotWidth - kMarginRight,
-                      kPlotHeight - kMarginBottom, data.totalSeconds,
-                      kFloorDb,          topOfScale(data)};
+    const Frame frame{.x0 = kMarginLeft,
+                      .y0 = kMarginTop,
+                      .x1 = kPlotWidth - kMarginRight,
+                      .y1 = kPlotHeight - kMarginBottom,
+                      .seconds = data.totalSeconds,
+                      .bottomDb = kFloorDb,
+                      .topDb = topOfScale(data)};
     drawAxes(cr, frame);
     drawEnvelope(cr, frame, data.input, data.secondsPerLevel, kInputColour, 2.0);
     // Left is drawn wider beneath right, so both stay visible where they are equal.
@@ -209,4 +243,16 @@ bool writeEnvelopePlot(const PlotData& data, const std::string& path, std::strin
         return false;
     }
     return true;
+}
+
+} // namespace
+
+bool writeEnvelopePlot(const PlotData& data, const std::string& path, std::string& error)
+{
+    const bool written = drawEnvelopePlot(data, path, error);
+    // Cairo and fontconfig keep font caches for the life of the process; they are let go here,
+    // with every cairo object already destroyed, so leak checkers see a clean exit.
+    cairo_debug_reset_static_data();
+    FcFini();
+    return written;
 }

@@ -121,6 +121,35 @@ int list(const RenderOptions& options, const VstModule& module, const std::strin
     return 0;
 }
 
+// The three envelopes the plot shows, fed while rendering.
+struct PlotEnvelopes {
+    explicit PlotEnvelopes(int stepFrames)
+        : stepFrames(stepFrames), input(stepFrames, kEnvelopeStepsPerWindow),
+          left(stepFrames, kEnvelopeStepsPerWindow), right(stepFrames, kEnvelopeStepsPerWindow)
+    {
+    }
+
+    PlotData finish(const VstPlugin& plugin, int sampleRate, int64_t frames)
+    {
+        input.finish();
+        left.finish();
+        right.finish();
+        PlotData data;
+        data.title = plugin.effectName() + " \u2013 program " +
+                     std::to_string(plugin.dispatch(effGetProgram)) + " \u201c" +
+                     plugin.programName() + "\u201d";
+        data.secondsPerLevel = static_cast<double>(stepFrames) / sampleRate;
+        data.totalSeconds = static_cast<double>(frames) / sampleRate;
+        data.input = input.levels();
+        data.left = left.levels();
+        data.right = right.levels();
+        return data;
+    }
+
+    int stepFrames;
+    Envelope input, left, right;
+};
+
 int render(const RenderOptions& options, const VstModule& module, const std::string& modulePath)
 {
     std::string error;
@@ -130,6 +159,7 @@ int render(const RenderOptions& options, const VstModule& module, const std::str
             : openSoundFile(options.inputPath, options.blockSize, error);
     if (!source)
         return fail(error);
+    const int rate = source->sampleRate();
 
     std::unique_ptr<PendingFile> output = PendingFile::create(options.outputPath, error);
     if (!output)
@@ -141,27 +171,24 @@ int render(const RenderOptions& options, const VstModule& module, const std::str
             return fail(error);
     }
     WavWriter wav;
-    if (!wav.open(output->temporaryPath(), source->sampleRate(), options.blockSize))
+    if (!wav.open(output->temporaryPath(), rate, options.blockSize))
         return fail("'" + options.outputPath + "': " + wav.error());
 
     std::unique_ptr<VstPlugin> plugin =
-        startEffect(module, settingsFor(options, source->sampleRate()), modulePath, error);
+        startEffect(module, settingsFor(options, rate), modulePath, error);
     if (!plugin)
         return fail(error);
 
-    const int rate = source->sampleRate();
-    const auto stepFrames = static_cast<int>(std::lround(kEnvelopeStepSeconds * rate));
-    Envelope inputLevels(stepFrames, kEnvelopeStepsPerWindow);
-    Envelope leftLevels(stepFrames, kEnvelopeStepsPerWindow);
-    Envelope rightLevels(stepFrames, kEnvelopeStepsPerWindow);
     OutputStats stats;
     const bool longInput = source->frames() > static_cast<int64_t>(kProgressAfterSeconds * rate);
     ProgressBar progress(!options.quiet && isatty(STDERR_FILENO) && longInput, source->frames());
+    const auto stepFrames = static_cast<int>(std::lround(kEnvelopeStepSeconds * rate));
+    PlotEnvelopes envelopes(std::max(1, stepFrames));
     RenderTargets targets{wav, stats, progress};
     if (plot) {
-        targets.input = &inputLevels;
-        targets.left = &leftLevels;
-        targets.right = &rightLevels;
+        targets.input = &envelopes.input;
+        targets.left = &envelopes.left;
+        targets.right = &envelopes.right;
     }
 
     const auto started = std::chrono::steady_clock::now();
@@ -176,25 +203,18 @@ int render(const RenderOptions& options, const VstModule& module, const std::str
         return fail("'" + options.outputPath + "': " + wav.error());
 
     if (plot) {
-        inputLevels.finish();
-        leftLevels.finish();
-        rightLevels.finish();
-        PlotData data;
-        data.title = plugin->effectName() + " \u2013 program " +
-                     std::to_string(plugin->dispatch(effGetProgram)) + " \u201c" +
-                     plugin->programName() + "\u201d";
-        data.secondsPerLevel = static_cast<double>(std::max(1, stepFrames)) / rate;
-        data.totalSeconds = static_cast<double>(stats.frames) / rate;
-        data.input = inputLevels.levels();
-        data.left = leftLevels.levels();
-        data.right = rightLevels.levels();
-        if (!writeEnvelopePlot(data, plot->temporaryPath(), error))
+        if (!writeEnvelopePlot(envelopes.finish(*plugin, rate, stats.frames),
+                               plot->temporaryPath(), error))
             return fail("'" + options.plotPath + "': " + error);
         if (!plot->commit(error))
             return fail(error);
     }
-    if (!output->commit(error))
+    if (!output->commit(error)) {
+        // The plot alone would look like a finished render.
+        if (plot)
+            std::remove(plot->finalPath().c_str());
         return fail(error);
+    }
 
     if (!options.quiet) {
         std::fprintf(stderr, "%s\n", summaryLine(stats, rate, elapsed.count()).c_str());
