@@ -25,11 +25,6 @@ public:
     int sampleRate() const override { return info.samplerate; }
     int64_t frames() const override { return info.frames == SF_COUNT_MAX ? -1 : info.frames; }
 
-    std::string description() const override
-    {
-        return path;
-    }
-
     int read(float* left, float* right, int count) override
     {
         // libsndfile may hand out a file in smaller pieces than asked for; keep asking until the
@@ -68,7 +63,6 @@ public:
     int channels() const override { return 1; }
     int sampleRate() const override { return rate; }
     int64_t frames() const override { return static_cast<int64_t>(samples.size()); }
-    std::string description() const override { return "the demo signal"; }
 
     int read(float* left, float* right, int count) override
     {

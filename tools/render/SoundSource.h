@@ -14,7 +14,6 @@ public:
     virtual int channels() const = 0;   // 1 or 2
     virtual int sampleRate() const = 0;
     virtual int64_t frames() const = 0; // -1 when the file does not say
-    virtual std::string description() const = 0;
 
     // Fills up to `count` frames of both sides (count at most the block size the source was
     // opened for) and returns how many it filled: fewer only at the end, 0 after it, -1 on a

@@ -8,9 +8,8 @@ WavWriter::~WavWriter()
         sf_close(file);
 }
 
-bool WavWriter::open(const std::string& target, int sampleRate, int blockSize)
+bool WavWriter::open(const std::string& path, int sampleRate, int blockSize)
 {
-    path = target;
     SF_INFO info{};
     info.samplerate = sampleRate;
     info.channels = 2;

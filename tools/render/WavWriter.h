@@ -25,7 +25,6 @@ public:
 
 private:
     SNDFILE* file = nullptr;
-    std::string path;
     std::vector<float> interleaved;
     std::string errorText;
 };
