@@ -1,5 +1,6 @@
 #include "platform/Renderer.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {

@@ -17,6 +17,7 @@
 // Threads: views belong to the UI thread; nothing here may be touched from any other.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
