@@ -21,6 +21,7 @@
 #include "tools/render/Renderer.h"
 #include "tools/render/SoundSource.h"
 #include "tools/render/WavWriter.h"
+#include "tools/vsthost/modulePath.h"
 #include "tools/vsthost/VstPlugin.h"
 
 namespace {
@@ -54,21 +55,11 @@ int fail(const std::string& message, int status = kFailed)
     return status;
 }
 
-std::string defaultPluginPath()
-{
-    std::vector<char> buffer(PATH_MAX + 1);
-    const ssize_t length = readlink("/proc/self/exe", buffer.data(), PATH_MAX);
-    if (length <= 0)
-        return "HvTremolo.so";
-    std::string self(buffer.data(), static_cast<size_t>(length));
-    return self.substr(0, self.rfind('/') + 1) + "HvTremolo.so";
-}
-
 // dlopen searches the library path for a bare name; a user naming a file means that file.
 std::string pluginPathFor(const RenderOptions& options)
 {
     if (options.pluginPath.empty())
-        return defaultPluginPath();
+        return defaultModulePath();
     if (options.pluginPath.find('/') == std::string::npos)
         return "./" + options.pluginPath;
     return options.pluginPath;
