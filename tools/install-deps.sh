@@ -7,4 +7,4 @@ apt-get install -y --no-install-recommends \
   g++ cmake make pkg-config binutils \
   libcairo2-dev libxcb1-dev libsndfile1-dev \
   libgtest-dev libgmock-dev libbenchmark-dev \
-  valgrind xvfb xdotool
+  fonts-dejavu-core valgrind xvfb xdotool
