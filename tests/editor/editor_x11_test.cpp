@@ -2,6 +2,7 @@
 // by xdotool, parameters read back through the host and pixels read back from the server.
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -303,4 +304,28 @@ TEST_F(EditorInX, EditorsOfTwoInstancesWorkSideBySide)
     EXPECT_LT(second->getParameter(4), 1.0f);
     EXPECT_EQ(plugin->getParameter(4), 1.0f);
     second->dispatch(effEditClose);
+}
+
+TEST(EditorPreviewTool, ShowsThePanelInAWindowOfItsOwnUntilTheWindowGoes)
+{
+    XServer server;
+    ASSERT_TRUE(server.running());
+    const pid_t tool = fork();
+    ASSERT_GE(tool, 0);
+    if (tool == 0) {
+        execl(HVT_EDITOR_TOOL, "hvtremolo-editor", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    // Find the tool's window, then take the connection away from it as a window manager's
+    // "kill" does; the tool then closes the editor and ends by itself.
+    int searches = 0;
+    while (runWhileServing({"xdotool", "search", "--sync", "--limit", "1", "--name", "^HvTremolo$",
+                            "windowkill"},
+                           [] {}) != 0 &&
+           ++searches < 20) {
+    }
+    int status = -1;
+    waitpid(tool, &status, 0);
+    EXPECT_LT(searches, 20) << "no window named HvTremolo appeared";
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "the tool did not end cleanly";
 }

@@ -8,7 +8,7 @@
 #include <string>
 #include <thread>
 
-#include "tools/vsthost/HostWindow.h"
+#include "tools/editor/halvoCustomWindow10.h"
 #include "tools/vsthost/VstPlugin.h"
 #include "tools/vsthost/modulePath.h"
 
@@ -35,17 +35,16 @@ int main(int argc, char** argv)
     plugin->dispatch(effEditGetRect, 0, 0, &rect);
     const int width = rect ? rect->right - rect->left : 253;
     const int height = rect ? rect->bottom - rect->top : 400;
-    HostWindow window(200, 200, width, height, "HvTremolo");
-    if (!window.ok()) {
+    plugin->dispatch(effOpen);
+    halvoCustomWindow10 window(*plugin, width, height);
+    if (!window.show()) {
         std::fprintf(stderr, "hvtremolo-editor: cannot open a window (is DISPLAY set?)\n");
         return 1;
     }
-    plugin->dispatch(effOpen);
-    plugin->dispatch(effEditOpen, 0, 0, reinterpret_cast<void*>(uintptr_t{window.id()}));
     while (window.pump()) {
         plugin->dispatch(effEditIdle);
         std::this_thread::sleep_for(std::chrono::milliseconds(33));
     }
-    plugin->dispatch(effEditClose);
+    window.close();
     return 0;
 }
