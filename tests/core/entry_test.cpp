@@ -141,18 +141,21 @@ TEST(Entry, SixtyFourLiveInstancesKeepTheirOwnSettingsAndSound)
 
 TEST(Entry, CloseReturnsOneAndTwoHundredLoadCloseCyclesDoNotGrowTheHeap)
 {
-    // Warm up: first-use work (tables, locale, the loader) is allowed to stay.
-    for (int i = 0; i < 5; ++i)
-        createEffect();
-    const size_t before = heapInUse();
-    for (int i = 0; i < 200; ++i) {
+    auto cycle = [] {
         AEffect* e = module().entry()(VstPlugin::defaultCallback);
         ASSERT_NE(e, nullptr);
         e->dispatcher(e, effOpen, 0, 0, nullptr, 0.0f);
         e->dispatcher(e, effEditOpen, 0, 0, nullptr, 0.0f);
+        e->dispatcher(e, effEditIdle, 0, 0, nullptr, 0.0f);
         e->dispatcher(e, effEditClose, 0, 0, nullptr, 0.0f);
         ASSERT_EQ(e->dispatcher(e, effClose, 0, 0, nullptr, 0.0f), 1);
-    }
+    };
+    // Warm up: what is made once per process (the tables, the decoded pictures) may stay.
+    for (int i = 0; i < 5; ++i)
+        cycle();
+    const size_t before = heapInUse();
+    for (int i = 0; i < 200; ++i)
+        cycle();
     EXPECT_LE(heapInUse(), before + 4096);
 }
 
