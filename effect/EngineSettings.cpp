@@ -19,7 +19,9 @@ float usable(float value)
 {
     if (!std::isfinite(value))
         return 0.0f;
-    return std::fmax(-kLargestGainParameter, std::fmin(value, kLargestGainParameter));
+    if (value > kLargestGainParameter)
+        return kLargestGainParameter;
+    return value < -kLargestGainParameter ? -kLargestGainParameter : value;
 }
 
 float limitedIncrement(float increment, float largest)

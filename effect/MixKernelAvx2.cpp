@@ -1,12 +1,18 @@
 #include <immintrin.h>
 
-#include "effect/MixKernel.h"
+#include <algorithm>
 
-// Everything from here on may use AVX2 (never FMA: products and sums stay separately rounded).
+#include "effect/MixKernel.h"
+#include "effect/OscillatorSteps.h"
+
+// Everything from here on may use AVX2 and BMI2 (never FMA: products and sums stay separately
+// rounded; BMI2 shifts by any register, which the index arithmetic needs twice at once).
 // Only mixAvx2 is reachable from outside, and the engine calls it only on processors that have
-// AVX2.
+// both.
 #pragma GCC push_options
-#pragma GCC target("avx2")
+#pragma GCC target("avx2,bmi2")
+
+#include "effect/MixKernel.inl"
 
 namespace {
 
@@ -16,27 +22,28 @@ struct Avx2Lanes {
     static F load(const float* p) { return _mm256_loadu_ps(p); }
     static void store(float* p, F v) { _mm256_storeu_ps(p, v); }
     static F splat(float v) { return _mm256_set1_ps(v); }
-    static F gather(const float* table, const uint32_t* index)
-    {
-        const __m256i lanes = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(index));
-        return _mm256_i32gather_ps(table, lanes, 4);
-    }
     static F add(F a, F b) { return _mm256_add_ps(a, b); }
     static F sub(F a, F b) { return _mm256_sub_ps(a, b); }
     static F mul(F a, F b) { return _mm256_mul_ps(a, b); }
-    // vminps gives its second operand unless the first is smaller: 1 < v ? 1 : v.
-    static F atMostOne(F v) { return _mm256_min_ps(_mm256_set1_ps(1.0f), v); }
-    static F greater(F a, F b) { return _mm256_cmp_ps(a, b, _CMP_GT_OQ); }
-    static F select(F mask, F a, F b) { return _mm256_blendv_ps(b, a, mask); }
+    static F min(F a, F b) { return _mm256_min_ps(a, b); }
+    static F max(F a, F b) { return _mm256_max_ps(a, b); }
+    // Scalar loads beat vgatherdps here: the indices are in integer registers already, and on
+    // AMD processors the gather instruction is slower than eight loads.
+    static F lookup(const float* table, IndexWalker& walker)
+    {
+        const __m128 low = lookup4(table, walker);
+        const __m128 high = lookup4(table, walker);
+        return _mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1);
+    }
+    static __m128 lookup4(const float* table, IndexWalker& walker)
+    {
+        const uint32_t a = walker.next(), b = walker.next(), c = walker.next(), d = walker.next();
+        return _mm_setr_ps(table[a], table[b], table[c], table[d]);
+    }
 };
 
 } // namespace
 
-#include "effect/MixKernel.inl"
-
-void mixAvx2(const MixJob& job)
-{
-    mixWith<Avx2Lanes>(job);
-}
+const MixFunctions mixAvx2 = {mixBlockWith<Avx2Lanes>, mixRunsWith<Avx2Lanes>};
 
 #pragma GCC pop_options

@@ -1,6 +1,11 @@
 #include <emmintrin.h>
 
+#include <algorithm>
+
 #include "effect/MixKernel.h"
+#include "effect/OscillatorSteps.h"
+
+#include "effect/MixKernel.inl"
 
 namespace {
 
@@ -10,27 +15,22 @@ struct Sse2Lanes {
     static F load(const float* p) { return _mm_loadu_ps(p); }
     static void store(float* p, F v) { _mm_storeu_ps(p, v); }
     static F splat(float v) { return _mm_set1_ps(v); }
-    static F gather(const float* table, const uint32_t* index)
-    {
-        return _mm_setr_ps(table[index[0]], table[index[1]], table[index[2]], table[index[3]]);
-    }
     static F add(F a, F b) { return _mm_add_ps(a, b); }
     static F sub(F a, F b) { return _mm_sub_ps(a, b); }
     static F mul(F a, F b) { return _mm_mul_ps(a, b); }
-    // minps gives its second operand unless the first is smaller: 1 < v ? 1 : v.
-    static F atMostOne(F v) { return _mm_min_ps(_mm_set1_ps(1.0f), v); }
-    static F greater(F a, F b) { return _mm_cmpgt_ps(a, b); }
-    static F select(F mask, F a, F b)
+    static F min(F a, F b) { return _mm_min_ps(a, b); }
+    static F max(F a, F b) { return _mm_max_ps(a, b); }
+    // Scalar loads: the indices come from integer registers, and no gather instruction exists.
+    static F lookup(const float* table, IndexWalker& walker)
     {
-        return _mm_or_ps(_mm_and_ps(mask, a), _mm_andnot_ps(mask, b));
+        const __m128 a = _mm_load_ss(table + walker.next());
+        const __m128 b = _mm_load_ss(table + walker.next());
+        const __m128 c = _mm_load_ss(table + walker.next());
+        const __m128 d = _mm_load_ss(table + walker.next());
+        return _mm_movelh_ps(_mm_unpacklo_ps(a, b), _mm_unpacklo_ps(c, d));
     }
 };
 
 } // namespace
 
-#include "effect/MixKernel.inl"
-
-void mixSse2(const MixJob& job)
-{
-    mixWith<Sse2Lanes>(job);
-}
+const MixFunctions mixSse2 = {mixBlockWith<Sse2Lanes>, mixRunsWith<Sse2Lanes>};

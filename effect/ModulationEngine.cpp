@@ -1,9 +1,8 @@
 #include "effect/ModulationEngine.h"
 
-#include <algorithm>
 #include <cstdint>
+#include <cstring>
 
-#include "effect/OscillatorSteps.h"
 #include "effect/ReferenceEngine.h"
 #include "effect/SineTables.h"
 
@@ -12,15 +11,12 @@ namespace {
 using sine_tables::kPannerLength;
 using sine_tables::kTremoloLength;
 
-// Frames whose table indices are worked out before their samples are; the index buffers live on
-// the audio thread's stack.
-constexpr int32_t kChunkFrames = 256;
-
+// Whether [a, a + frames) and [b, b + frames) share a sample: |a - b| < frames samples.
 bool overlap(const float* a, const float* b, int32_t frames)
 {
-    const auto start = [](const float* p) { return reinterpret_cast<uintptr_t>(p); };
     const uintptr_t bytes = static_cast<uintptr_t>(frames) * sizeof(float);
-    return start(a) < start(b) + bytes && start(b) < start(a) + bytes;
+    const uintptr_t distance = reinterpret_cast<uintptr_t>(a) - reinterpret_cast<uintptr_t>(b);
+    return distance + (bytes - 1) < 2 * bytes - 1;
 }
 
 // The vector path reads a group of frames before it writes them, which is the plain loop's result
@@ -35,11 +31,16 @@ bool separateBuffers(const float* inL, const float* inR, const float* outL, cons
 
 } // namespace
 
-ModulationEngine::ModulationEngine(bool allowAvx2) : kernel(mixSse2)
+ModulationEngine::ModulationEngine(bool allowAvx2)
+    : kernel(&mixSse2), lastBlock(blockSettings(lastSettings))
 {
+    tremoloOscillator.length = static_cast<float>(kTremoloLength);
+    tremoloOscillator.table = sine_tables::tremoloTable();
+    pannerOscillator.length = static_cast<float>(kPannerLength);
+    pannerOscillator.table = sine_tables::pannerTable();
     __builtin_cpu_init();
-    if (allowAvx2 && __builtin_cpu_supports("avx2"))
-        kernel = mixAvx2;
+    if (allowAvx2 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"))
+        kernel = &mixAvx2;
 }
 
 void ModulationEngine::process(const float* inL, const float* inR, float* outL, float* outR,
@@ -51,38 +52,44 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
         processReference(*this, inL, inR, outL, outR, frames, settings);
         return;
     }
-    const BlockSettings block = blockSettings(settings);
-
-    uint32_t tremoloIndices[kChunkFrames + 1 + kIndexSlack];
-    uint32_t pannerIndices[kChunkFrames + 1 + kIndexSlack];
+    // Compared bit for bit (the struct has no padding): a NaN setting is as reusable as any other.
+    static_assert(sizeof(EngineSettings) == 5 * sizeof(float) + sizeof(int32_t));
+    if (std::memcmp(&settings, &lastSettings, sizeof settings) != 0) {
+        lastSettings = settings;
+        lastBlock = blockSettings(settings);
+    }
+    const BlockSettings& block = lastBlock;
     MixJob job;
-    job.tremoloIndices = block.tremoloOn ? tremoloIndices : nullptr;
-    job.pannerIndices = block.pannerOn ? pannerIndices : nullptr;
-    job.tremoloTable = sine_tables::tremoloTable();
-    job.pannerTable = sine_tables::pannerTable();
+    job.inL = inL;
+    job.inR = inR;
+    job.outL = outL;
+    job.outR = outR;
+    job.frames = frames;
+    job.tremoloOn = block.tremoloOn;
+    job.pannerOn = block.pannerOn;
+    tremoloOscillator.phase = tremoloPhase;
+    tremoloOscillator.index = tremoloIndex;
+    tremoloOscillator.increment = block.tremoloIncrement;
+    pannerOscillator.phase = pannerPhase;
+    pannerOscillator.index = pannerIndex;
+    pannerOscillator.increment = block.pannerIncrement;
+    job.tremolo = &tremoloOscillator;
+    job.panner = &pannerOscillator;
     job.tremoloFloor = 1.0f - block.tremoloDepth;
     job.pannerDepth = block.pannerDepth;
     job.mix = block.mix;
-
-    for (int32_t done = 0; done < frames; done += job.frames) {
-        job.frames = std::min(frames - done, kChunkFrames);
-        job.inL = inL + done;
-        job.inR = inR + done;
-        job.outL = outL + done;
-        job.outR = outR + done;
-        // Frame i of the chunk reads entry indices[i]; indices[frames] is the next chunk's first.
-        if (block.tremoloOn) {
-            tremoloIndices[0] = tremoloIndex;
-            advancePhase(tremoloPhase, block.tremoloIncrement, static_cast<float>(kTremoloLength),
-                         tremoloIndices, job.frames);
-            tremoloIndex = tremoloIndices[job.frames];
-        }
-        if (block.pannerOn) {
-            pannerIndices[0] = pannerIndex;
-            advancePhase(pannerPhase, block.pannerIncrement, static_cast<float>(kPannerLength),
-                         pannerIndices, job.frames);
-            pannerIndex = pannerIndices[job.frames];
-        }
-        kernel(job);
+    if ((!block.tremoloOn || runCovers(tremoloOscillator, frames)) &&
+        (!block.pannerOn || runCovers(pannerOscillator, frames))) {
+        kernel->runs(job);
+        if (block.tremoloOn)
+            advanceRun(tremoloOscillator, frames);
+        if (block.pannerOn)
+            advanceRun(pannerOscillator, frames);
+    } else {
+        kernel->block(job); // moves only the oscillators of running stages
     }
+    tremoloPhase = tremoloOscillator.phase;
+    tremoloIndex = tremoloOscillator.index;
+    pannerPhase = pannerOscillator.phase;
+    pannerIndex = pannerOscillator.index;
 }

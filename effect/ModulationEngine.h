@@ -13,15 +13,22 @@
 
 class ModulationEngine : public OscillatorState {
 public:
-    // Uses AVX2 when the processor has it (and allowAvx2 is set), SSE2 otherwise.
+    // Uses AVX2 when the processor has it (with BMI2) and allowAvx2 is set, SSE2 otherwise.
     explicit ModulationEngine(bool allowAvx2 = true);
 
     // outL/outR may be the same buffers as inL/inR. frames <= 0 touches nothing.
     void process(const float* inL, const float* inR, float* outL, float* outR, int32_t frames,
                  const EngineSettings& settings);
 
-    bool usesAvx2() const { return kernel == mixAvx2; }
+    bool usesAvx2() const { return kernel == &mixAvx2; }
 
 private:
-    MixFunction kernel;
+    const MixFunctions* kernel;
+    // The last block's settings and what they came to: hosts change them far less often than
+    // every block, and deriving them costs as much as the frames of a short block.
+    EngineSettings lastSettings;
+    BlockSettings lastBlock;
+    // The oscillators as the kernel keeps them, with the runs they are in.
+    KernelOscillator tremoloOscillator;
+    KernelOscillator pannerOscillator;
 };

@@ -82,7 +82,8 @@ TEST_P(EngineMatchesReference, KernelIsTheOneAskedForWhenTheProcessorHasIt)
 {
     const ModulationEngine engine(GetParam());
     __builtin_cpu_init();
-    EXPECT_EQ(engine.usesAvx2(), GetParam() && __builtin_cpu_supports("avx2"));
+    EXPECT_EQ(engine.usesAvx2(),
+              GetParam() && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"));
 }
 
 TEST_P(EngineMatchesReference, RandomSettingsChangingBetweenBlocksOverMillionsOfFrames)

@@ -1,5 +1,5 @@
-// The oscillator's many-at-a-time phase steps against the one-at-a-time recurrence, on the cases
-// where taking them in runs could go wrong: ties, stalls, binade crossings, wraps, subnormals.
+// The oscillator's stretches of exact runs against the one-at-a-time recurrence, on the cases
+// where taking steps in runs could go wrong: ties, stalls, binade crossings, wraps, subnormals.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -33,12 +33,28 @@ Steps plainSteps(float phase, float inc, float length, int32_t steps)
     return result;
 }
 
+// Walks stretches as the engine does, collecting the index each frame reads after the first and
+// the index left for the next frame.
 Steps runSteps(float phase, float inc, float length, int32_t steps)
 {
-    std::vector<uint32_t> buffer(steps + 1 + kIndexSlack, 0xdeadbeef);
-    advancePhase(phase, inc, length, buffer.data(), steps);
-    EXPECT_EQ(buffer[0], 0xdeadbeef) << "entry 0 belongs to the caller";
-    return {phase, std::vector<uint32_t>(buffer.begin() + 1, buffer.begin() + 1 + steps)};
+    constexpr uint32_t kStartIndex = 0xdeadbeef; // what the oscillator left for frame 0
+    Steps result{phase, {}};
+    uint32_t index = kStartIndex;
+    for (int32_t done = 0; done < steps;) {
+        const Stretch stretch = planStretch(result.phase, index, inc, length, steps - done);
+        EXPECT_GE(stretch.frames, 1);
+        EXPECT_LE(stretch.frames, steps - done);
+        const IndexSteps& steps = stretch.indices;
+        const auto frameIndex = [&](int32_t j) { return (steps.mantissa + j * steps.step) >> steps.shift; };
+        EXPECT_EQ(frameIndex(0), index) << "frame 0 of a stretch reads the oscillator's index";
+        for (int32_t j = 1; j < stretch.frames; ++j)
+            result.indices.push_back(frameIndex(j));
+        result.phase = stretch.phaseAfter(stretch.frames);
+        index = static_cast<uint32_t>(result.phase);
+        result.indices.push_back(index);
+        done += stretch.frames;
+    }
+    return result;
 }
 
 // Both ways from the same start; the phase is compared by its bits.
@@ -181,4 +197,16 @@ TEST(PhaseSteps, RandomIncrementsAndStarts)
         if (HasFatalFailure())
             return;
     }
+}
+
+TEST(PhaseSteps, ARunLastsUntilItsBinadeEnds)
+{
+    // From 9000 with inc 1.75 the phase stays in [8192, 16384) for over 4000 steps: one plain
+    // step, then one run for the rest of a 512-frame block.
+    const Stretch stretch = planStretch(9000.0f, 9000, 1.75f, kTremoloLength, 512);
+    EXPECT_EQ(stretch.frames, 512);
+    // Near the top of the binade the run stops at the last phase below 16384.
+    const Stretch last = planStretch(16370.0f, 16370, 1.75f, kTremoloLength, 512);
+    EXPECT_EQ(last.frames, 7); // 16370 + 7 * 1.75 = 16382.25
+    EXPECT_LT(last.phaseAfter(last.frames), 16384.0f);
 }

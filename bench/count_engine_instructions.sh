@@ -1,0 +1,24 @@
+#!/bin/sh
+# Instructions per stereo frame of the plain loop and the vector engine, counted by callgrind
+# inside the engines' process functions only (table building and start-up excluded).
+#   bench/count_engine_instructions.sh [build directory]
+set -e
+build=${1:-build}
+driver="$build/bench/engine_instructions"
+frames=1048576
+out=$(mktemp -d)
+trap 'rm -rf "$out"' EXIT
+
+count() { # engine block function
+    valgrind --tool=callgrind --callgrind-out-file="$out/cg" --toggle-collect="$3" \
+        "$driver" "$1" "$2" "$frames" >/dev/null 2>&1
+    awk -v frames="$frames" '/^(summary|totals):/ { printf "%.1f", $2 / frames; exit }' "$out/cg"
+}
+
+printf '%-6s %10s %10s %10s\n' block plain sse2 avx2
+for block in 32 512 4096; do
+    plain=$(count plain "$block" 'processReference*')
+    sse2=$(count sse2 "$block" 'ModulationEngine::process*')
+    avx2=$(count avx2 "$block" 'ModulationEngine::process*')
+    printf '%-6s %10s %10s %10s\n' "$block" "$plain" "$sse2" "$avx2"
+done
