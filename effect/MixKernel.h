@@ -59,10 +59,11 @@ inline bool runCovers(const KernelOscillator& oscillator, int32_t frames)
 inline void advanceRun(KernelOscillator& oscillator, int32_t frames)
 {
     const auto steps = static_cast<uint32_t>(frames);
+    IndexSteps& run = oscillator.runIndices;
     oscillator.runPhaseBits += steps * oscillator.runBitStep;
-    oscillator.runIndices.mantissa += steps * oscillator.runIndices.step;
+    run.mantissa += steps * run.step;
     oscillator.phase = std::bit_cast<float>(oscillator.runPhaseBits);
-    oscillator.index = static_cast<uint32_t>(oscillator.phase);
+    oscillator.index = run.mantissa >> run.shift; // the phase truncated, as the run's formula says
 }
 
 struct MixFunctions {

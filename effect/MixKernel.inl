@@ -4,19 +4,22 @@
 //
 // A lane type L offers: F (a vector of floats), width, load, store, splat, add, sub, mul, min and
 // max with the x86 rules (min(a, b) = a < b ? a : b, max(a, b) = a > b ? a : b), and lookup,
-// which reads the table entries of `width` consecutive frames of one stretch.
+// which reads the table entries of `width` consecutive frames, their indices from a source's
+// next().
 
 namespace {
 
-// Hands out a stretch's table indices frame by frame, one addition and one shift each.
+// Hands out a stretch's table indices frame by frame, one addition and one shift each. Whole
+// registers wide: a walker goes through memory between segments of a block, and fields stored and
+// loaded at one width never make a load wait for a store it only partly overlaps.
 struct IndexWalker {
-    uint32_t mantissa;
-    uint32_t step;
-    uint32_t shift;
+    uint64_t step;
+    uint64_t shift;
+    uint64_t mantissa;
 
-    uint32_t next()
+    uint64_t next()
     {
-        const uint32_t index = mantissa >> shift;
+        const uint64_t index = mantissa >> shift;
         mantissa += step;
         // One chain of additions: left alone, the compiler splits it into several with their
         // own strides, runs out of registers and spills inside the frame loop.
@@ -32,18 +35,11 @@ public:
         : table(oscillator.table), oscillator(oscillator), phase(oscillator.phase),
           index(oscillator.index), unplanned(blockFrames)
     {
-        const auto bitsOf = [](float value) { return std::bit_cast<uint32_t>(value); };
-        const uint32_t phaseBits = bitsOf(oscillator.phase);
-        const IndexSteps& run = oscillator.runIndices;
-        if (oscillator.inRun && phaseBits == oscillator.runPhaseBits &&
-            bitsOf(oscillator.increment) == oscillator.runIncrementBits &&
-            oscillator.index == run.mantissa >> run.shift &&
-            phaseBits + static_cast<uint64_t>(blockFrames) * oscillator.runBitStep <
-                oscillator.runLimitBits) {
+        if (runCovers(oscillator, blockFrames)) {
             // The last block's run covers this one.
             stretch.frames = blockFrames;
-            stretch.indices = run;
-            stretch.phaseBits = phaseBits;
+            stretch.indices = oscillator.runIndices;
+            stretch.phaseBits = oscillator.runPhaseBits;
             stretch.bitStep = oscillator.runBitStep;
             stretch.run = true;
             stretch.limitBits = oscillator.runLimitBits;
@@ -59,12 +55,13 @@ public:
         return left;
     }
 
-    float readOne()
+    // The index of the next frame, across stretch ends.
+    uint64_t next()
     {
         if (left == 0)
             plan();
         --left;
-        return table[walker.next()];
+        return walker.next();
     }
 
     // Leaves the oscillator where the block ends, with the run it is in.
@@ -76,7 +73,9 @@ public:
         oscillator.inRun = stretch.run;
         oscillator.runPhaseBits = std::bit_cast<uint32_t>(now);
         oscillator.runIncrementBits = std::bit_cast<uint32_t>(oscillator.increment);
-        oscillator.runIndices = {walker.mantissa, walker.step, walker.shift};
+        oscillator.runIndices = {static_cast<uint32_t>(walker.step),
+                                 static_cast<uint32_t>(walker.shift),
+                                 static_cast<uint32_t>(walker.mantissa)};
         oscillator.runBitStep = stretch.bitStep;
         oscillator.runLimitBits = stretch.limitBits;
     }
@@ -97,7 +96,7 @@ private:
     {
         unplanned -= stretch.frames;
         left = stretch.frames;
-        walker = {stretch.indices.mantissa, stretch.indices.step, stretch.indices.shift};
+        walker = {stretch.indices.step, stretch.indices.shift, stretch.indices.mantissa};
         phase = stretch.phaseAfter(stretch.frames);
         index = static_cast<uint32_t>(phase);
     }
@@ -128,10 +127,7 @@ struct FrameReads {
     template <class L>
     typename L::F read()
     {
-        float values[L::width];
-        for (float& value : values)
-            value = reader->readOne();
-        return L::load(values);
+        return L::lookup(reader->table, *reader);
     }
 };
 
@@ -147,7 +143,11 @@ struct ScalarLanes {
     static F mul(F a, F b) { return a * b; }
     static F min(F a, F b) { return a < b ? a : b; }
     static F max(F a, F b) { return a > b ? a : b; }
-    static F lookup(const float* table, IndexWalker& walker) { return table[walker.next()]; }
+    template <class Indices>
+    static F lookup(const float* table, Indices& indices)
+    {
+        return table[indices.next()];
+    }
 };
 
 // Frames [from, to), (to - from) a multiple of L::width.
@@ -275,8 +275,8 @@ void mixRuns(const MixJob& job)
 {
     const IndexSteps& t = job.tremolo->runIndices;
     const IndexSteps& p = job.panner->runIndices;
-    IndexWalker tremolo{t.mantissa, t.step, t.shift};
-    IndexWalker panner{p.mantissa, p.step, p.shift};
+    IndexWalker tremolo{t.step, t.shift, t.mantissa};
+    IndexWalker panner{p.step, p.shift, p.mantissa};
     const int32_t vectorEnd = job.frames & ~(L::width - 1);
     mixStretches<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
     StretchReads tremoloReads{job.tremolo->table, tremolo};

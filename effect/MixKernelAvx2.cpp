@@ -29,16 +29,22 @@ struct Avx2Lanes {
     static F max(F a, F b) { return _mm256_max_ps(a, b); }
     // Scalar loads beat vgatherdps here: the indices are in integer registers already, and on
     // AMD processors the gather instruction is slower than eight loads.
-    static F lookup(const float* table, IndexWalker& walker)
+    template <class Indices>
+    static F lookup(const float* table, Indices& walker)
     {
         const __m128 low = lookup4(table, walker);
         const __m128 high = lookup4(table, walker);
         return _mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1);
     }
-    static __m128 lookup4(const float* table, IndexWalker& walker)
+    template <class Indices>
+    static __m128 lookup4(const float* table, Indices& walker)
     {
-        const uint32_t a = walker.next(), b = walker.next(), c = walker.next(), d = walker.next();
-        return _mm_setr_ps(table[a], table[b], table[c], table[d]);
+        // Loads and unpacks, not insertps from memory, which is slower on AMD processors.
+        const __m128 a = _mm_load_ss(table + walker.next());
+        const __m128 b = _mm_load_ss(table + walker.next());
+        const __m128 c = _mm_load_ss(table + walker.next());
+        const __m128 d = _mm_load_ss(table + walker.next());
+        return _mm_movelh_ps(_mm_unpacklo_ps(a, b), _mm_unpacklo_ps(c, d));
     }
 };
 

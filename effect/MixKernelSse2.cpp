@@ -21,7 +21,8 @@ struct Sse2Lanes {
     static F min(F a, F b) { return _mm_min_ps(a, b); }
     static F max(F a, F b) { return _mm_max_ps(a, b); }
     // Scalar loads: the indices come from integer registers, and no gather instruction exists.
-    static F lookup(const float* table, IndexWalker& walker)
+    template <class Indices>
+    static F lookup(const float* table, Indices& walker)
     {
         const __m128 a = _mm_load_ss(table + walker.next());
         const __m128 b = _mm_load_ss(table + walker.next());

@@ -33,8 +33,10 @@
 // below the table length; together, bits(p) + k < min(bits(t), bits(length)), as floats >= 0
 // compare like their bit patterns. A stalled oscillator (k = 0: inc at most half a grid step)
 // finishes the block in one run. Everything else - wraps, binade crossings, an unsettled phase,
-// increments as large as the binade - takes the plain step, as written in the one-at-a-time loop;
-// the phase it reaches starts the next run.
+// increments as large as the binade - takes the plain step, as written in the one-at-a-time loop.
+// So does the first step of every stretch planned here; the phase it reaches starts the run.
+// (A run still exact at the end of a block goes on in the next one while nobody has changed the
+// phase, index or increment; the engine checks that.)
 //
 // Indices. For E >= 127 (p >= 1) the phase b + j*u is (2^23 + j) * 2^(E-150), so its truncation
 // is (2^23 + j) >> (150 - E): a run's indices need no float at all. Below 1 every index is 0.
@@ -45,10 +47,13 @@
 #include <cstdint>
 
 // The table entries the frames of a stretch read: frame j reads (mantissa + j * step) >> shift.
+// The mantissa, which moves every block, comes last and alone in its eight bytes: a copy of the
+// struct then never reads it together with the others in one wide load, which would have to wait
+// for the last block's narrower store of it to complete.
 struct IndexSteps {
-    uint32_t mantissa = 0;
     uint32_t step = 0;
     uint32_t shift = 0;
+    uint32_t mantissa = 0;
 };
 
 // A stretch of frames of one oscillator: one plain step, then (usually) one exact run.

@@ -27,13 +27,39 @@ long stop()
 
 } // namespace counted_allocation
 
-void* operator new(std::size_t size)
+namespace {
+
+void* allocate(std::size_t size)
 {
     if (counting)
         ++allocations;
-    if (void* memory = std::malloc(size ? size : 1))
+    return std::malloc(size ? size : 1);
+}
+
+} // namespace
+
+// Every form a program may call, so that no allocation slips past the count and no memory
+// allocated here is released by another allocator (which AddressSanitizer rightly reports).
+void* operator new(std::size_t size)
+{
+    if (void* memory = allocate(size))
         return memory;
     throw std::bad_alloc();
+}
+
+void* operator new[](std::size_t size)
+{
+    return operator new(size);
+}
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    return allocate(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
+{
+    return allocate(size);
 }
 
 void operator delete(void* memory) noexcept
@@ -41,7 +67,27 @@ void operator delete(void* memory) noexcept
     std::free(memory);
 }
 
+void operator delete[](void* memory) noexcept
+{
+    std::free(memory);
+}
+
 void operator delete(void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, std::size_t) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete(void* memory, const std::nothrow_t&) noexcept
+{
+    std::free(memory);
+}
+
+void operator delete[](void* memory, const std::nothrow_t&) noexcept
 {
     std::free(memory);
 }

@@ -180,6 +180,34 @@ TEST_P(EngineMatchesReference, TiedAndStalledPhases)
     }
 }
 
+TEST_P(EngineMatchesReference, OscillatorFieldsWrittenBetweenBlocksAreFollowed)
+{
+    // The engine carries the run an oscillator is in from block to block (here the runs in
+    // [4096, 8192) and [8192, 16384) outlast every block); whoever writes the fields in between
+    // must still be followed exactly.
+    const TestAudio audio(64);
+    EngineTwin twin(GetParam());
+    const EngineSettings settings = programLike(0.9f, 0.05f, 0.8f, 0.07f, 0.75f, 7);
+    OscillatorState start;
+    start.tremoloPhase = 5000.25f;
+    start.tremoloIndex = 5000;
+    start.pannerPhase = 9000.5f;
+    start.pannerIndex = 9000;
+    twin.setState(start);
+    const auto poke = [&](auto change) {
+        ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 64, settings));
+        OscillatorState state = twin.plain;
+        change(state);
+        twin.setState(state);
+        ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 64, settings));
+    };
+    poke([](OscillatorState& s) { s.tremoloPhase = std::nextafter(s.tremoloPhase, 0.0f); });
+    poke([](OscillatorState& s) { s.pannerPhase = s.pannerPhase + 0.25f; });
+    poke([](OscillatorState& s) { s.tremoloIndex = s.tremoloIndex + 1; });
+    poke([](OscillatorState& s) { s.pannerIndex = s.pannerIndex - 3; });
+    poke([](OscillatorState&) {});
+}
+
 TEST_P(EngineMatchesReference, StagesSwitchedOffKeepTheirOscillatorsFrozen)
 {
     const TestAudio audio(512);
