@@ -1,6 +1,6 @@
 // Processes a fixed number of frames with one engine, for counting instructions under callgrind
 // (see count_engine_instructions.sh):
-//   engine_instructions plain|sse2|avx2 <block frames> <total frames>
+//   engine_instructions plain|sse2|avx2 <block frames> <total frames> [program 1 or 9]
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -13,8 +13,9 @@
 
 int main(int argc, char** argv)
 {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: %s plain|sse2|avx2 <block frames> <total frames>\n", argv[0]);
+    if (argc != 4 && argc != 5) {
+        std::fprintf(stderr, "usage: %s plain|sse2|avx2 <block frames> <total frames> [1|9]\n",
+                     argv[0]);
         return 2;
     }
     const char* engineName = argv[1];
@@ -30,13 +31,11 @@ int main(int argc, char** argv)
     }
     sine_tables::tremoloTable(); // built here, not inside the counted calls
     OscillatorState plainState;
-    EngineSettings settings; // "Rotary", as in the benchmark
-    settings.tremoloDepth = 0.834999f;
-    settings.tremoloSpeed = 0.63499f;
-    settings.pannerDepth = 1.0f;
-    settings.pannerSpeed = 0.63999f;
-    settings.mix = 0.5f;
-    settings.rateChoice = 7;
+    // "Rotary" (9), the fastest oscillators, or "Waves" (1), as in the benchmark.
+    const bool rotary = argc < 5 || std::atoi(argv[4]) == 9;
+    const EngineSettings settings = rotary
+                                        ? EngineSettings{0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 7}
+                                        : EngineSettings{1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7};
     std::vector<float> inL(block), inR(block), outL(block), outR(block);
     for (int i = 0; i < block; ++i) {
         inL[i] = 0.5f * std::sin(0.05f * static_cast<float>(i));

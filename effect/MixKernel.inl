@@ -271,18 +271,15 @@ void mixBlock(MixJob& job)
 }
 
 template <class L, bool Tremolo, bool Panner>
-void mixRuns(const MixJob& job)
+[[gnu::noinline]] void mixRuns(const MixJob& job)
 {
     const IndexSteps& t = job.tremolo->runIndices;
     const IndexSteps& p = job.panner->runIndices;
-    IndexWalker tremolo{t.step, t.shift, t.mantissa};
-    IndexWalker panner{p.step, p.shift, p.mantissa};
+    StretchReads tremolo{job.tremolo->table, {t.step, t.shift, t.mantissa}};
+    StretchReads panner{job.panner->table, {p.step, p.shift, p.mantissa}};
     const int32_t vectorEnd = job.frames & ~(L::width - 1);
-    mixStretches<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
-    StretchReads tremoloReads{job.tremolo->table, tremolo};
-    StretchReads pannerReads{job.panner->table, panner};
-    mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremoloReads,
-                                                pannerReads);
+    mixFramesHere<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
+    mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
 }
 
 template <class L>
