@@ -33,9 +33,9 @@ int main(int argc, char** argv)
     OscillatorState plainState;
     // "Rotary" (9), the fastest oscillators, or "Waves" (1), as in the benchmark.
     const bool rotary = argc < 5 || std::atoi(argv[4]) == 9;
-    const EngineSettings settings = rotary
-                                        ? EngineSettings{0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 7}
-                                        : EngineSettings{1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7};
+    const EngineSettings rotarySettings{0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 7};
+    const EngineSettings wavesSettings{1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7};
+    const EngineSettings& settings = rotary ? rotarySettings : wavesSettings;
     std::vector<float> inL(block), inR(block), outL(block), outR(block);
     for (int i = 0; i < block; ++i) {
         inL[i] = 0.5f * std::sin(0.05f * static_cast<float>(i));

@@ -44,8 +44,10 @@ Steps runSteps(float phase, float inc, float length, int32_t steps)
         const Stretch stretch = planStretch(result.phase, index, inc, length, steps - done);
         EXPECT_GE(stretch.frames, 1);
         EXPECT_LE(stretch.frames, steps - done);
-        const IndexSteps& steps = stretch.indices;
-        const auto frameIndex = [&](int32_t j) { return (steps.mantissa + j * steps.step) >> steps.shift; };
+        const IndexSteps& run = stretch.indices;
+        const auto frameIndex = [&](int32_t j) {
+            return (run.mantissa + static_cast<uint32_t>(j) * run.step) >> run.shift;
+        };
         EXPECT_EQ(frameIndex(0), index) << "frame 0 of a stretch reads the oscillator's index";
         for (int32_t j = 1; j < stretch.frames; ++j)
             result.indices.push_back(frameIndex(j));
