@@ -1,7 +1,9 @@
 #include "effect/ModulationEngine.h"
 
-#include <cmath>
+#include <cstdint>
+#include <cstring>
 
+#include "effect/ReferenceEngine.h"
 #include "effect/SineTables.h"
 
 namespace {
@@ -9,35 +11,36 @@ namespace {
 using sine_tables::kPannerLength;
 using sine_tables::kTremoloLength;
 
-// The largest per-frame increments allowed. With the phase below the table length, one step of
-// at most this size rounds to below twice the length, so a single subtraction brings it back
-// into the table (exactly, by Sterbenz' lemma) and every index stays valid.
-constexpr float kMaxTremoloIncrement = 18000.0f;
-constexpr float kMaxPannerIncrement = 36000.0f;
-
-// Depth and mix beyond this size could overflow finite audio to infinity; values a host can
-// sensibly send (0 to 1, a little beyond) are used exactly as given.
-constexpr float kLargestGainParameter = 100.0f;
-
-// A parameter the engine may use: non-finite values count as 0 (the stage is off).
-float usable(float value)
+// Whether [a, a + frames) and [b, b + frames) share a sample: |a - b| < frames samples.
+bool overlap(const float* a, const float* b, int32_t frames)
 {
-    if (!std::isfinite(value))
-        return 0.0f;
-    return std::fmax(-kLargestGainParameter, std::fmin(value, kLargestGainParameter));
+    const uintptr_t bytes = static_cast<uintptr_t>(frames) * sizeof(float);
+    const uintptr_t distance = reinterpret_cast<uintptr_t>(a) - reinterpret_cast<uintptr_t>(b);
+    return distance + (bytes - 1) < 2 * bytes - 1;
 }
 
-float limitedIncrement(float increment, float largest)
+// The vector path reads a group of frames before it writes them, which is the plain loop's result
+// when each output is its own input or stands apart from every other buffer.
+bool separateBuffers(const float* inL, const float* inR, const float* outL, const float* outR,
+                     int32_t frames)
 {
-    return increment < largest ? increment : largest;
+    return (outL == inL || !overlap(outL, inL, frames)) &&
+           (outR == inR || !overlap(outR, inR, frames)) && !overlap(outL, inR, frames) &&
+           !overlap(outR, inL, frames) && !overlap(outL, outR, frames);
 }
 
 } // namespace
 
-float ModulationEngine::rateFactor(int32_t rateChoice)
+ModulationEngine::ModulationEngine(bool allowAvx2)
+    : kernel(&mixSse2), lastBlock(blockSettings(lastSettings))
 {
-    static constexpr float factors[4] = {1.0f, 0.91875f, 0.5f, 0.459375f};
-    return rateChoice >= 7 && rateChoice <= 10 ? factors[rateChoice - 7] : 1.0f;
+    tremoloOscillator.length = static_cast<float>(kTremoloLength);
+    tremoloOscillator.table = sine_tables::tremoloTable();
+    pannerOscillator.length = static_cast<float>(kPannerLength);
+    pannerOscillator.table = sine_tables::pannerTable();
+    __builtin_cpu_init();
+    if (allowAvx2 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"))
+        kernel = &mixAvx2;
 }
 
 void ModulationEngine::process(const float* inL, const float* inR, float* outL, float* outR,
@@ -45,69 +48,48 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
 {
     if (frames <= 0)
         return;
-    const float f = rateFactor(settings.rateChoice);
-    // Speeds only switch a stage on and set its increment; they need no gain bound, only the
-    // increment limit below, so they are not clamped like depth and mix.
-    const float tremoloSpeed = std::isfinite(settings.tremoloSpeed) ? settings.tremoloSpeed : 0.0f;
-    const float pannerSpeed = std::isfinite(settings.pannerSpeed) ? settings.pannerSpeed : 0.0f;
-    const float tremoloDepth = usable(settings.tremoloDepth);
-    const float pannerDepth = usable(settings.pannerDepth);
-    const float m = usable(settings.mix);
-
-    // Frame by frame, so that in-place buffers are safe.
-    for (int32_t i = 0; i < frames; ++i) {
-        outL[i] = inL[i];
-        outR[i] = inR[i];
+    if (!separateBuffers(inL, inR, outL, outR, frames)) {
+        processReference(*this, inL, inR, outL, outR, frames, settings);
+        return;
     }
-
-    if (tremoloSpeed > 0.0f && tremoloDepth > 0.0f) {
-        const float* table = sine_tables::tremoloTable();
-        const float inc = limitedIncrement((tremoloSpeed * 10.0f) * f, kMaxTremoloIncrement);
-        const float floor = 1.0f - tremoloDepth;
-        float phase = tremoloPhase;
-        uint32_t idx = tremoloIndex;
-        for (int32_t i = 0; i < frames; ++i) {
-            float g = floor + table[idx];
-            if (g > 1.0f)
-                g = 1.0f;
-            const float L = outL[i];
-            const float R = outR[i];
-            outL[i] = (L * g) * m + (1.0f - m) * L;
-            outR[i] = (g * R) * m + (1.0f - m) * R;
-            phase = phase + inc;
-            if (phase >= static_cast<float>(kTremoloLength))
-                phase = phase - static_cast<float>(kTremoloLength);
-            idx = static_cast<uint32_t>(phase);
-        }
-        tremoloPhase = phase;
-        tremoloIndex = idx;
+    // Compared bit for bit (the struct has no padding): a NaN setting is as reusable as any other.
+    static_assert(sizeof(EngineSettings) == 5 * sizeof(float) + sizeof(int32_t));
+    if (std::memcmp(&settings, &lastSettings, sizeof settings) != 0) {
+        lastSettings = settings;
+        lastBlock = blockSettings(settings);
     }
-
-    if (pannerDepth > 0.0f && pannerSpeed > 0.0f) {
-        const float* table = sine_tables::pannerTable();
-        const float inc = limitedIncrement(f * (pannerSpeed * 10.0f), kMaxPannerIncrement);
-        float phase = pannerPhase;
-        uint32_t idx = pannerIndex;
-        for (int32_t i = 0; i < frames; ++i) {
-            const float pan = pannerDepth * table[idx];
-            // A positive pan lowers the left channel (the sound moves right), a negative one
-            // lowers the right.
-            float gL = 1.0f;
-            float gR = 1.0f;
-            if (pan > 0.0f)
-                gL = 1.0f - pan;
-            else if (pan < 0.0f)
-                gR = 1.0f + pan;
-            const float L = outL[i];
-            outL[i] = (gL * L) * m + (1.0f - m) * L;
-            const float R = outR[i];
-            outR[i] = (gR * R) * m + (1.0f - m) * R;
-            phase = phase + inc;
-            if (phase >= static_cast<float>(kPannerLength))
-                phase = phase - static_cast<float>(kPannerLength);
-            idx = static_cast<uint32_t>(phase);
-        }
-        pannerPhase = phase;
-        pannerIndex = idx;
+    const BlockSettings& block = lastBlock;
+    MixJob job;
+    job.inL = inL;
+    job.inR = inR;
+    job.outL = outL;
+    job.outR = outR;
+    job.frames = frames;
+    job.tremoloOn = block.tremoloOn;
+    job.pannerOn = block.pannerOn;
+    tremoloOscillator.phase = tremoloPhase;
+    tremoloOscillator.index = tremoloIndex;
+    tremoloOscillator.increment = block.tremoloIncrement;
+    pannerOscillator.phase = pannerPhase;
+    pannerOscillator.index = pannerIndex;
+    pannerOscillator.increment = block.pannerIncrement;
+    job.tremolo = &tremoloOscillator;
+    job.panner = &pannerOscillator;
+    job.tremoloFloor = 1.0f - block.tremoloDepth;
+    job.pannerDepth = block.pannerDepth;
+    job.mix = block.mix;
+    if ((!block.tremoloOn || runCovers(tremoloOscillator, frames)) &&
+        (!block.pannerOn || runCovers(pannerOscillator, frames))) {
+        kernel->runs(job);
+        if (block.tremoloOn)
+            advanceRun(tremoloOscillator, frames);
+        if (block.pannerOn)
+            advanceRun(pannerOscillator, frames);
+    } else {
+        kernel->block(job); // moves only the oscillators of running stages
     }
+    tremoloPhase = tremoloOscillator.phase;
+    tremoloIndex = tremoloOscillator.index;
+    pannerPhase = pannerOscillator.phase;
+    pannerIndex = pannerOscillator.index;
 }

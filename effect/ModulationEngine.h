@@ -1,33 +1,34 @@
 // The audio path: a tremolo (both channels' level follows a half-wave sine) followed by an
 // automatic panner (the balance follows a full sine), each blended with its own input by the mix.
-// All sample arithmetic is single precision in a fixed order: the output is defined bit for bit.
-// Knows nothing of the plug-in interface; it is handed plain buffers and a settings snapshot.
+// All sample arithmetic is single precision in a fixed order: the output is defined bit for bit,
+// by the plain loop in ReferenceEngine, and this engine gives the same bits several frames at a
+// time. Knows nothing of the plug-in interface; it is handed plain buffers and a settings snapshot.
 #pragma once
 
 #include <cstdint>
 
-struct EngineSettings {
-    float tremoloDepth = 0.0f;
-    float tremoloSpeed = 0.0f;
-    float pannerDepth = 0.0f;
-    float pannerSpeed = 0.0f;
-    float mix = 0.0f;
-    int32_t rateChoice = 7; // 7, 8, 9, 10 for 44.1, 48, 88.2, 96 kHz; anything else counts as 7
-};
+#include "effect/EngineSettings.h"
+#include "effect/MixKernel.h"
+#include "effect/OscillatorState.h"
 
-class ModulationEngine {
+class ModulationEngine : public OscillatorState {
 public:
+    // Uses AVX2 when the processor has it (with BMI2) and allowAvx2 is set, SSE2 otherwise.
+    explicit ModulationEngine(bool allowAvx2 = true);
+
     // outL/outR may be the same buffers as inL/inR. frames <= 0 touches nothing.
     void process(const float* inL, const float* inR, float* outL, float* outR, int32_t frames,
                  const EngineSettings& settings);
 
-    // Speed factor for a rate choice: 44100 divided by the chosen rate, 1.0 for unknown choices.
-    static float rateFactor(int32_t rateChoice);
+    bool usesAvx2() const { return kernel == &mixAvx2; }
 
-    // Oscillator state. It advances only while a stage runs and is never reset: not by a
-    // program change, a parameter change or suspend/resume.
-    float tremoloPhase = 0.0f; // in table steps, 0 <= phase < 18002
-    float pannerPhase = 0.0f;  // in table steps, 0 <= phase < 36004
-    uint32_t tremoloIndex = 0; // entry used by the next frame
-    uint32_t pannerIndex = 0;
+private:
+    const MixFunctions* kernel;
+    // The last block's settings and what they came to: hosts change them far less often than
+    // every block, and deriving them costs as much as the frames of a short block.
+    EngineSettings lastSettings;
+    BlockSettings lastBlock;
+    // The oscillators as the kernel keeps them, with the runs they are in.
+    KernelOscillator tremoloOscillator;
+    KernelOscillator pannerOscillator;
 };

@@ -1,0 +1,26 @@
+#!/bin/sh
+# Instructions per stereo frame of the plain loop and the vector engine, counted by callgrind
+# inside the engines' process functions only (table building and start-up excluded).
+#   bench/count_engine_instructions.sh [build directory]
+set -e
+build=${1:-build}
+driver="$build/bench/engine_instructions"
+frames=1048576
+out=$(mktemp -d)
+trap 'rm -rf "$out"' EXIT
+
+count() { # engine block function program
+    valgrind --tool=callgrind --callgrind-out-file="$out/cg" --toggle-collect="$3" \
+        "$driver" "$1" "$2" "$frames" "$4" >/dev/null 2>&1
+    awk -v frames="$frames" '/^(summary|totals):/ { printf "%.1f", $2 / frames; exit }' "$out/cg"
+}
+
+printf '%-8s %-6s %8s %8s %8s\n' program block plain sse2 avx2
+for program in 1 9; do
+    for block in 32 512 4096; do
+        plain=$(count plain "$block" 'processReference*' "$program")
+        sse2=$(count sse2 "$block" 'ModulationEngine::process*' "$program")
+        avx2=$(count avx2 "$block" 'ModulationEngine::process*' "$program")
+        printf '%-8s %-6s %8s %8s %8s\n' "$program" "$block" "$plain" "$sse2" "$avx2"
+    done
+done

@@ -1,0 +1,54 @@
+// Processes a fixed number of frames with one engine, for counting instructions under callgrind
+// (see count_engine_instructions.sh):
+//   engine_instructions plain|sse2|avx2 <block frames> <total frames> [program 1 or 9]
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <vector>
+
+#include "effect/ModulationEngine.h"
+#include "effect/ReferenceEngine.h"
+#include "effect/SineTables.h"
+
+int main(int argc, char** argv)
+{
+    if (argc != 4 && argc != 5) {
+        std::fprintf(stderr, "usage: %s plain|sse2|avx2 <block frames> <total frames> [1|9]\n",
+                     argv[0]);
+        return 2;
+    }
+    const char* engineName = argv[1];
+    const int block = std::atoi(argv[2]);
+    const long total = std::atol(argv[3]);
+    if (block <= 0 || total <= 0)
+        return 2;
+    const bool plain = std::strcmp(engineName, "plain") == 0;
+    ModulationEngine vector(std::strcmp(engineName, "avx2") == 0);
+    if (!plain && vector.usesAvx2() != (std::strcmp(engineName, "avx2") == 0)) {
+        std::fprintf(stderr, "%s is not available here\n", engineName);
+        return 1;
+    }
+    sine_tables::tremoloTable(); // built here, not inside the counted calls
+    OscillatorState plainState;
+    // "Rotary" (9), the fastest oscillators, or "Waves" (1), as in the benchmark.
+    const bool rotary = argc < 5 || std::atoi(argv[4]) == 9;
+    const EngineSettings rotarySettings{0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 7};
+    const EngineSettings wavesSettings{1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7};
+    const EngineSettings& settings = rotary ? rotarySettings : wavesSettings;
+    std::vector<float> inL(block), inR(block), outL(block), outR(block);
+    for (int i = 0; i < block; ++i) {
+        inL[i] = 0.5f * std::sin(0.05f * static_cast<float>(i));
+        inR[i] = 0.5f * std::cos(0.031f * static_cast<float>(i));
+    }
+    for (long done = 0; done < total; done += block) {
+        if (plain)
+            processReference(plainState, inL.data(), inR.data(), outL.data(), outR.data(), block,
+                             settings);
+        else
+            vector.process(inL.data(), inR.data(), outL.data(), outR.data(), block, settings);
+    }
+    // Keeps the work observable.
+    std::printf("%s %d %ld %a\n", engineName, block, total, static_cast<double>(outL[block - 1]));
+    return 0;
+}

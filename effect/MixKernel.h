@@ -1,0 +1,77 @@
+// The audio path of one block, several frames at a time: each running oscillator's table reads
+// (in exact runs where it can, one plain step where it must) and the per-frame sample arithmetic
+// of both stages, in the plain loop's operation order lane by lane, so that every sample and the
+// oscillators' final state come out bit for bit as the plain loop has them.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+
+#include "effect/OscillatorSteps.h"
+
+// One running oscillator as the kernel sees it. The engine says where it stands before each block;
+// the kernel leaves where it ends and the exact run it is in, which the next block goes on with
+// (instead of planning again) while phase, index and increment are still the ones it left.
+struct KernelOscillator {
+    float phase = 0.0f;     // 0 <= phase < length
+    uint32_t index = 0;     // the entry the next frame reads
+    float increment = 0.0f; // 0 < increment <= 36000
+    float length = 0.0f;
+    const float* table = nullptr;
+
+    bool inRun = false;
+    uint32_t runPhaseBits = 0; // phase and increment the run was left with
+    uint32_t runIncrementBits = 0;
+    IndexSteps runIndices; // the next frame reads runIndices.mantissa >> runIndices.shift
+    uint32_t runBitStep = 0;
+    uint32_t runLimitBits = 0;
+};
+
+struct MixJob {
+    const float* inL;
+    const float* inR;
+    float* outL; // each the same buffer as its input or not overlapping any other buffer
+    float* outR;
+    int32_t frames; // at least 1
+    bool tremoloOn;
+    bool pannerOn;
+    KernelOscillator* tremolo;
+    KernelOscillator* panner;
+    float tremoloFloor; // 1 - tremolo depth
+    float pannerDepth;
+    float mix;
+};
+
+// The oscillators continue the runs they were left in through the whole block, which they do
+// for nearly every block: then each frame's index follows from the run, and nothing is planned.
+inline bool runCovers(const KernelOscillator& oscillator, int32_t frames)
+{
+    const uint32_t phaseBits = std::bit_cast<uint32_t>(oscillator.phase);
+    const IndexSteps& run = oscillator.runIndices;
+    return oscillator.inRun && phaseBits == oscillator.runPhaseBits &&
+           std::bit_cast<uint32_t>(oscillator.increment) == oscillator.runIncrementBits &&
+           oscillator.index == run.mantissa >> run.shift &&
+           phaseBits + static_cast<uint64_t>(frames) * oscillator.runBitStep <
+               oscillator.runLimitBits;
+}
+
+// Moves an oscillator `frames` frames along the run that covers them.
+inline void advanceRun(KernelOscillator& oscillator, int32_t frames)
+{
+    const auto steps = static_cast<uint32_t>(frames);
+    IndexSteps& run = oscillator.runIndices;
+    oscillator.runPhaseBits += steps * oscillator.runBitStep;
+    run.mantissa += steps * run.step;
+    oscillator.phase = std::bit_cast<float>(oscillator.runPhaseBits);
+    oscillator.index = run.mantissa >> run.shift; // the phase truncated, as the run's formula says
+}
+
+struct MixFunctions {
+    void (*block)(MixJob& job);     // any block: plans stretches, leaves the runs
+    void (*runs)(const MixJob& job); // a block the running oscillators' runs cover
+};
+
+// Four frames a step with SSE2, which every x86-64 processor has.
+extern const MixFunctions mixSse2;
+// Eight frames a step with AVX2 (and BMI2's shifts); only for processors that have both.
+extern const MixFunctions mixAvx2;

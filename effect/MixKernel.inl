@@ -1,0 +1,311 @@
+// The block loop, written once over a lane type and compiled once per instruction set: the file
+// that includes it supplies the lane type and, for AVX2, the target. Everything here has internal
+// linkage, so no instance compiled for AVX2 can stand in for the baseline one at link time.
+//
+// A lane type L offers: F (a vector of floats), width, load, store, splat, add, sub, mul, min and
+// max with the x86 rules (min(a, b) = a < b ? a : b, max(a, b) = a > b ? a : b), and lookup,
+// which reads the table entries of `width` consecutive frames, their indices from a source's
+// next().
+
+namespace {
+
+// Hands out a stretch's table indices frame by frame, one addition and one shift each. Whole
+// registers wide: a walker goes through memory between segments of a block, and fields stored and
+// loaded at one width never make a load wait for a store it only partly overlaps.
+struct IndexWalker {
+    uint64_t step;
+    uint64_t shift;
+    uint64_t mantissa;
+
+    uint64_t next()
+    {
+        const uint64_t index = mantissa >> shift;
+        mantissa += step;
+        // One chain of additions: left alone, the compiler splits it into several with their
+        // own strides, runs out of registers and spills inside the frame loop.
+        asm("" : "+r"(mantissa));
+        return index;
+    }
+};
+
+// One running oscillator's table reads through a block, stretch after stretch.
+class TableReader {
+public:
+    TableReader(KernelOscillator& oscillator, int32_t blockFrames)
+        : table(oscillator.table), oscillator(oscillator), phase(oscillator.phase),
+          index(oscillator.index), unplanned(blockFrames)
+    {
+        if (runCovers(oscillator, blockFrames)) {
+            // The last block's run covers this one.
+            stretch.frames = blockFrames;
+            stretch.indices = oscillator.runIndices;
+            stretch.phaseBits = oscillator.runPhaseBits;
+            stretch.bitStep = oscillator.runBitStep;
+            stretch.run = true;
+            stretch.limitBits = oscillator.runLimitBits;
+            begin();
+        }
+    }
+
+    // Frames left in the current stretch, starting the next one when it is used up.
+    int32_t ready()
+    {
+        if (left == 0)
+            plan();
+        return left;
+    }
+
+    // The index of the next frame, across stretch ends.
+    uint64_t next()
+    {
+        if (left == 0)
+            plan();
+        --left;
+        return walker.next();
+    }
+
+    // Leaves the oscillator where the block ends, with the run it is in.
+    void finish()
+    {
+        const float now = stretch.phaseAfter(stretch.frames - left);
+        oscillator.phase = now;
+        oscillator.index = static_cast<uint32_t>(now);
+        oscillator.inRun = stretch.run;
+        oscillator.runPhaseBits = std::bit_cast<uint32_t>(now);
+        oscillator.runIncrementBits = std::bit_cast<uint32_t>(oscillator.increment);
+        oscillator.runIndices = {static_cast<uint32_t>(walker.step),
+                                 static_cast<uint32_t>(walker.shift),
+                                 static_cast<uint32_t>(walker.mantissa)};
+        oscillator.runBitStep = stretch.bitStep;
+        oscillator.runLimitBits = stretch.limitBits;
+    }
+
+    const float* const table;
+    IndexWalker walker{};
+    int32_t left = 0; // frames of the current stretch not yet read
+
+private:
+    // Stretches never reach past the block, so each one is read to its end.
+    void plan()
+    {
+        stretch = planStretch(phase, index, oscillator.increment, oscillator.length, unplanned);
+        begin();
+    }
+
+    void begin()
+    {
+        unplanned -= stretch.frames;
+        left = stretch.frames;
+        walker = {stretch.indices.step, stretch.indices.shift, stretch.indices.mantissa};
+        phase = stretch.phaseAfter(stretch.frames);
+        index = static_cast<uint32_t>(phase);
+    }
+
+    KernelOscillator& oscillator;
+    Stretch stretch;
+    float phase;    // after the current stretch
+    uint32_t index; // read by the frame after the current stretch
+    int32_t unplanned;
+};
+
+// Table reads inside one stretch, from a walker the frame loop keeps in registers.
+struct StretchReads {
+    const float* table;
+    IndexWalker walker;
+
+    template <class L>
+    typename L::F read()
+    {
+        return L::lookup(table, walker);
+    }
+};
+
+// Table reads frame by frame, across stretch ends.
+struct FrameReads {
+    TableReader* reader;
+
+    template <class L>
+    typename L::F read()
+    {
+        return L::lookup(reader->table, *reader);
+    }
+};
+
+// One frame at a time, for the frames after the last full vector.
+struct ScalarLanes {
+    using F = float;
+    static constexpr int32_t width = 1;
+    static F load(const float* p) { return *p; }
+    static void store(float* p, F v) { *p = v; }
+    static F splat(float v) { return v; }
+    static F add(F a, F b) { return a + b; }
+    static F sub(F a, F b) { return a - b; }
+    static F mul(F a, F b) { return a * b; }
+    static F min(F a, F b) { return a < b ? a : b; }
+    static F max(F a, F b) { return a > b ? a : b; }
+    template <class Indices>
+    static F lookup(const float* table, Indices& indices)
+    {
+        return table[indices.next()];
+    }
+};
+
+// Frames [from, to), (to - from) a multiple of L::width.
+template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerReads>
+[[gnu::always_inline]] inline void mixFramesHere(const MixJob& job, int32_t from, int32_t to,
+                                                 TremoloReads& tremolo, PannerReads& panner)
+{
+    using F = typename L::F;
+    // Locals, so that the stores (which may alias anything) do not make the loop reload them.
+    const float* const inL = job.inL;
+    const float* const inR = job.inR;
+    float* const outL = job.outL;
+    float* const outR = job.outR;
+    const F zero = L::splat(0.0f);
+    const F one = L::splat(1.0f);
+    const F m = L::splat(job.mix);
+    const F dry = L::splat(1.0f - job.mix);
+    const F floor = L::splat(job.tremoloFloor);
+    const F depth = L::splat(job.pannerDepth);
+    for (int32_t i = from; i < to; i += L::width) {
+        F left = L::load(inL + i);
+        F right = L::load(inR + i);
+        if constexpr (Tremolo) {
+            // The gain is capped at 1: min(1, g) is g > 1 ? 1 : g.
+            const F g = L::min(one, L::add(floor, tremolo.template read<L>()));
+            left = L::add(L::mul(L::mul(left, g), m), L::mul(dry, left));
+            right = L::add(L::mul(L::mul(g, right), m), L::mul(dry, right));
+        }
+        if constexpr (Panner) {
+            const F pan = L::mul(depth, panner.template read<L>());
+            // A positive pan lowers the left channel, a negative one the right; the other gain is
+            // 1 - 0 or 1 + 0, which is exactly 1.
+            const F gL = L::sub(one, L::max(pan, zero));
+            const F gR = L::add(one, L::min(pan, zero));
+            left = L::add(L::mul(L::mul(gL, left), m), L::mul(dry, left));
+            right = L::add(L::mul(L::mul(gR, right), m), L::mul(dry, right));
+        }
+        L::store(outL + i, left);
+        L::store(outR + i, right);
+    }
+}
+
+// The same for stretches of both oscillators, out of line so that the long loops' registers are
+// allocated for them alone. The walkers travel by value and come back as the two mantissas they
+// reach (tremolo in the low half), never through memory the loop would have to reload.
+template <class L, bool Tremolo, bool Panner>
+[[gnu::noinline]] uint64_t mixStretchFrames(const MixJob& job, int32_t from, int32_t to,
+                                            IndexWalker tremoloWalker, IndexWalker pannerWalker)
+{
+    StretchReads tremolo{job.tremolo->table, tremoloWalker};
+    StretchReads panner{job.panner->table, pannerWalker};
+    mixFramesHere<L, Tremolo, Panner>(job, from, to, tremolo, panner);
+    return (static_cast<uint64_t>(panner.walker.mantissa) << 32) | tremolo.walker.mantissa;
+}
+
+// Runs frames [from, to) of both oscillators' current stretches.
+template <class L, bool Tremolo, bool Panner>
+void mixStretches(const MixJob& job, int32_t from, int32_t to, IndexWalker& tremolo,
+                  IndexWalker& panner)
+{
+    const uint64_t mantissas = mixStretchFrames<L, Tremolo, Panner>(job, from, to, tremolo, panner);
+    tremolo.mantissa = static_cast<uint32_t>(mantissas);
+    panner.mantissa = static_cast<uint32_t>(mantissas >> 32);
+}
+
+template <bool Tremolo, bool Panner>
+void finish(TableReader& tremolo, TableReader& panner)
+{
+    if (Tremolo)
+        tremolo.finish();
+    if (Panner)
+        panner.finish();
+}
+
+template <class L, bool Tremolo, bool Panner>
+void mixBlock(MixJob& job)
+{
+    static_assert((L::width & (L::width - 1)) == 0);
+    constexpr int32_t wholeVectors = ~(L::width - 1);
+    TableReader tremolo(*job.tremolo, job.frames);
+    TableReader panner(*job.panner, job.frames);
+    const int32_t vectorEnd = job.frames & wholeVectors;
+    for (int32_t i = 0; i < vectorEnd;) {
+        // As many whole vectors as both current stretches cover.
+        int32_t frames = vectorEnd - i;
+        if (Tremolo)
+            frames = std::min(frames, tremolo.ready());
+        if (Panner)
+            frames = std::min(frames, panner.ready());
+        frames &= wholeVectors;
+        if (frames > 0) {
+            mixStretches<L, Tremolo, Panner>(job, i, i + frames, tremolo.walker, panner.walker);
+            tremolo.left -= Tremolo ? frames : 0;
+            panner.left -= Panner ? frames : 0;
+        } else {
+            // A stretch ends inside the next vector: that oscillator reads frame by frame.
+            frames = L::width;
+            StretchReads tremoloReads{tremolo.table, tremolo.walker};
+            StretchReads pannerReads{panner.table, panner.walker};
+            FrameReads tremoloSteps{&tremolo};
+            FrameReads pannerSteps{&panner};
+            if (!Tremolo || tremolo.left >= frames) {
+                mixFramesHere<L, Tremolo, Panner>(job, i, i + frames, tremoloReads, pannerSteps);
+                tremolo.walker = tremoloReads.walker;
+                tremolo.left -= Tremolo ? frames : 0;
+            } else if (!Panner || panner.left >= frames) {
+                mixFramesHere<L, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerReads);
+                panner.walker = pannerReads.walker;
+                panner.left -= Panner ? frames : 0;
+            } else {
+                mixFramesHere<L, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerSteps);
+            }
+        }
+        i += frames;
+    }
+    FrameReads tremoloReads{&tremolo};
+    FrameReads pannerReads{&panner};
+    mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremoloReads,
+                                                pannerReads);
+    finish<Tremolo, Panner>(tremolo, panner);
+}
+
+template <class L, bool Tremolo, bool Panner>
+[[gnu::noinline]] void mixRuns(const MixJob& job)
+{
+    const IndexSteps& t = job.tremolo->runIndices;
+    const IndexSteps& p = job.panner->runIndices;
+    StretchReads tremolo{job.tremolo->table, {t.step, t.shift, t.mantissa}};
+    StretchReads panner{job.panner->table, {p.step, p.shift, p.mantissa}};
+    const int32_t vectorEnd = job.frames & ~(L::width - 1);
+    mixFramesHere<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
+    mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
+}
+
+template <class L>
+void mixBlockWith(MixJob& job)
+{
+    if (job.tremoloOn && job.pannerOn)
+        mixBlock<L, true, true>(job);
+    else if (job.tremoloOn)
+        mixBlock<L, true, false>(job);
+    else if (job.pannerOn)
+        mixBlock<L, false, true>(job);
+    else
+        mixBlock<L, false, false>(job);
+}
+
+template <class L>
+void mixRunsWith(const MixJob& job)
+{
+    if (job.tremoloOn && job.pannerOn)
+        mixRuns<L, true, true>(job);
+    else if (job.tremoloOn)
+        mixRuns<L, true, false>(job);
+    else if (job.pannerOn)
+        mixRuns<L, false, true>(job);
+    else
+        mixRuns<L, false, false>(job);
+}
+
+} // namespace
