@@ -1,5 +1,10 @@
 #include "editor/hveditor10.h"
 
+#include <cstdint>
+
+#include "panel/HalvoUiView10.h"
+#include "platform/X11Window.h"
+
 namespace {
 
 constexpr VstInt16 kPanelWidth = 253;
@@ -17,19 +22,41 @@ hveditor10::~hveditor10() = default;
 
 bool hveditor10::open(void* parent)
 {
-    // Without a parent the panel is shown nowhere and the rectangle stays 100 x 100; a parent is
-    // always a window on X11, which gets the panel's own size.
+    // Some hosts open twice without a close: the first panel and window simply go.
+    window.reset();
     rect = {0, 0, 100, 100};
-    if (parent)
-        rect = {0, 0, kPanelHeight, kPanelWidth};
+    // Open before the panel reads the effect, so that no change falls between the two: one made
+    // after the read arrives through the mailbox.
     mailbox.clear();
     editorOpen = true;
+    panelView = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, synth);
+    panelView->awakeFromNib();
+    // Without a parent the panel is shown nowhere and the rectangle stays 100 x 100. On X11 a
+    // parent is always a window (some hosts pass their Display* in value, which we ignore).
+    if (parent) {
+        window = X11Window::create(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(parent)),
+                                   *panelView);
+        rect = {0, 0, kPanelHeight, kPanelWidth};
+    }
     return true;
 }
 
 void hveditor10::close()
 {
     editorOpen = false;
+    window.reset();
+    panelView.reset();
+}
+
+void hveditor10::idle()
+{
+    if (!editorOpen || !panelView)
+        return;
+    if (window)
+        window->handleEvents();
+    mailbox.take([this](int index, float value) { panelView->updateView(index, value); });
+    if (window)
+        window->draw();
 }
 
 void hveditor10::setParameter(VstInt32 index, float value)

@@ -1,13 +1,19 @@
-// The effect's editor. Each open builds a fresh panel; parameter changes from any thread reach it
-// through a mailbox that idle empties on the UI thread.
+// The effect's editor. Each open builds a fresh panel and, given a host window, shows it in a
+// child window of that; parameter changes from any thread reach the panel through a mailbox
+// that idle empties on the UI thread.
 //
-// Threads: open, close and idle run on the host's UI thread; setParameter on any thread.
+// Threads: open, close and idle run on the host's UI thread (every Linux host uses one thread for
+// all three); setParameter on any thread, the audio thread included.
 #pragma once
 
 #include <atomic>
+#include <memory>
 
 #include "editor/AEffGUIEditor.h"
 #include "editor/ParameterMailbox.h"
+
+class HalvoUiView10;
+class X11Window;
 
 class hveditor10 : public AEffGUIEditor {
 public:
@@ -16,6 +22,7 @@ public:
 
     bool open(void* parent) override;
     void close() override;
+    void idle() override;
 
     // Called by the effect after a change it did not get from the panel; any thread.
     void setParameter(VstInt32 index, float value);
@@ -25,4 +32,7 @@ private:
     AudioEffect* synth;
     std::atomic<bool> editorOpen{false};
     ParameterMailbox mailbox;
+    // UI thread only. The window goes before the panel it shows.
+    std::unique_ptr<HalvoUiView10> panelView;
+    std::unique_ptr<X11Window> window;
 };

@@ -7,6 +7,7 @@
 
 #include <atomic>
 
+#include "host/PanelUpdateFlag.h"
 #include "host/vst2.h"
 
 class AEffEditor;
@@ -75,10 +76,9 @@ public:
     virtual void float2string(float value, char* text, VstInt32 maxLen);
     virtual void int2string(VstInt32 value, char* text, VstInt32 maxLen);
 
-    // Set by the panel around its own setParameter calls, on the UI thread only, so that the
-    // effect does not echo a panel edit back to the panel. Lives here so that the panel needs
-    // nothing but this interface.
-    std::atomic<bool> inPanelUpdate{false};
+    // Raised by the panel around its own setParameter calls so that the effect does not echo a
+    // panel edit back to the panel. Lives here so that the panel needs nothing but this interface.
+    PanelUpdateFlag inPanelUpdate;
 
 protected:
     void setFlag(VstInt32 flag, bool state);

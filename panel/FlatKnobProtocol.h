@@ -1,0 +1,21 @@
+// What the panel's controls tell their controller. Controls hold the controller through this
+// interface only.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+class View;
+
+class FlatKnobProtocol {
+public:
+    // A control changed: the knob's overlay passes its new step, the step's entry of its data and
+    // the knob; other controls pass 0 and nothing. The controller sends every knob value.
+    virtual void knobUpdatedWithIndex(int32_t index, std::optional<int32_t> value,
+                                      View* sender) = 0;
+    // A rate button was pressed; buttonType is the rate choice it stands for.
+    virtual void updateGroupButtons(int32_t buttonType) = 0;
+
+protected:
+    ~FlatKnobProtocol() = default;
+};

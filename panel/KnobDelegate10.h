@@ -1,0 +1,56 @@
+// The panel's controller: builds the background, the five knobs and the four rate buttons, and
+// carries every value between them and the effect (through the panel view).
+//
+// Threads: the UI thread only. Changes from the effect arrive through the editor's mailbox.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "panel/FlatKnobProtocol.h"
+#include "platform/Image.h"
+
+class FlatKnob10;
+class HalvoCustomGroupButton10;
+class HalvoUiView10;
+
+class KnobDelegate10 : public FlatKnobProtocol {
+public:
+    // Builds the panel's controls into view and shows the effect's current values.
+    explicit KnobDelegate10(HalvoUiView10* view);
+
+    // Sends all five knob values to the effect, in the order of parameters 0, 2, 1, 3, 4.
+    void knobUpdatedWithIndex(int32_t index, std::optional<int32_t> value,
+                              View* sender) override;
+    // Selects the button of rate choice buttonType (7 to 10) and writes it into parameter 5;
+    // any other choice switches all four off and writes nothing.
+    void updateGroupButtons(int32_t buttonType) override;
+    // Moves the control of parameter index to a value that came from the effect, writing nothing.
+    void updateControllers(int32_t index, float value);
+
+    // The knob of parameter 0 to 4, or null.
+    FlatKnob10* knobForParameter(int32_t index) const;
+    // The rate buttons for choices 7, 8, 9, 10, in that order.
+    const std::vector<HalvoCustomGroupButton10*>& rateButtons() const { return groupButtons; }
+
+    // The 128 knob frames: "knob0" to "knob127", frame i at index i.
+    static void fillArray(std::vector<Image>& pictures);
+    // a, a + 1, ..., b - 1; empty when a >= b.
+    static std::vector<int32_t> generateArrayFrom(int32_t a, int32_t b);
+
+private:
+    void createSubView();
+    void createKnobs();
+    void createSwitches();
+    void selectRateButton(int32_t rateChoice);
+    void redisplayRateButtons();
+
+    HalvoUiView10* MainView; // owns this controller
+    FlatKnob10* tremolDepthKnob = nullptr;
+    FlatKnob10* tremoloSpeedKnob = nullptr;
+    FlatKnob10* pannerDepthKnob = nullptr;
+    FlatKnob10* pannerSpeedKnob = nullptr;
+    FlatKnob10* mixKnob = nullptr;
+    // _fourtyfourk, _fourtyeightk, _eightyeightk, _ninetysixk: choices 7, 8, 9, 10.
+    std::vector<HalvoCustomGroupButton10*> groupButtons;
+};

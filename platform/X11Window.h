@@ -1,0 +1,50 @@
+// The X11 back end of the view layer: one child window of a host's window, on an xcb connection
+// of its own, showing a view tree. Converts coordinates only here: view y = height - X11 y.
+//
+// Threads: create, idle and destruction must all run on one thread (the host's UI thread).
+// X errors arrive as events on our own connection and are ignored, so a host that destroys its
+// window before closing the editor costs nothing but a few ignored errors.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include <cairo.h>
+#include <xcb/xcb.h>
+
+#include "platform/MouseTracker.h"
+#include "platform/Renderer.h"
+#include "platform/View.h"
+
+class X11Window {
+public:
+    // A child of parent at its top-left corner, the size of root's frame; null when there is no
+    // X server or parent is not a window.
+    static std::unique_ptr<X11Window> create(uint32_t parent, View& root);
+    ~X11Window();
+
+    X11Window(const X11Window&) = delete;
+    X11Window& operator=(const X11Window&) = delete;
+
+    // Delivers every pending mouse event to the views and remembers exposed areas.
+    void handleEvents();
+    // Draws what needs display and copies it, with any exposed area, to the window.
+    void draw();
+
+    xcb_window_t id() const { return window; }
+
+private:
+    X11Window(xcb_connection_t* connection, xcb_window_t window, cairo_surface_t* windowSurface,
+              View& root);
+    void handle(const xcb_generic_event_t& event);
+    Point toView(int16_t x, int16_t y) const;
+    void addToBlit(const DeviceRect& area);
+
+    xcb_connection_t* connection;
+    xcb_window_t window;
+    cairo_surface_t* windowSurface;
+    cairo_surface_t* backBuffer;
+    View& root;
+    MouseTracker tracker;
+    DeviceRect pendingBlit;
+};

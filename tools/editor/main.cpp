@@ -1,0 +1,50 @@
+// hvtremolo-editor: the plug-in's panel in a window of its own, without a host. Loads the module
+// as a host does, opens its editor in a top-level window and calls idle 30 times a second.
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <thread>
+
+#include "tools/editor/halvoCustomWindow10.h"
+#include "tools/vsthost/VstPlugin.h"
+#include "tools/vsthost/modulePath.h"
+
+int main(int argc, char** argv)
+{
+    std::string path = defaultModulePath();
+    for (int i = 1; i < argc; ++i) {
+        if (!std::strcmp(argv[i], "--plugin") && i + 1 < argc) {
+            path = argv[++i];
+        } else {
+            std::fprintf(stderr, "usage: hvtremolo-editor [--plugin PATH.so]\n"
+                                 "Shows the plug-in's panel in its own window; close it to quit.\n");
+            return std::strcmp(argv[i], "--help") ? 2 : 0;
+        }
+    }
+    VstModule module(path);
+    auto plugin = VstPlugin::create(module);
+    if (!plugin) {
+        std::fprintf(stderr, "hvtremolo-editor: %s\n",
+                     module.error().empty() ? "the module made no effect" : module.error().c_str());
+        return 1;
+    }
+    ERect* rect = nullptr;
+    plugin->dispatch(effEditGetRect, 0, 0, &rect);
+    const int width = rect ? rect->right - rect->left : 253;
+    const int height = rect ? rect->bottom - rect->top : 400;
+    plugin->dispatch(effOpen);
+    halvoCustomWindow10 window(*plugin, width, height);
+    if (!window.show()) {
+        std::fprintf(stderr, "hvtremolo-editor: cannot open a window (is DISPLAY set?)\n");
+        return 1;
+    }
+    while (window.pump()) {
+        plugin->dispatch(effEditIdle);
+        std::this_thread::sleep_for(std::chrono::milliseconds(33));
+    }
+    window.close();
+    return 0;
+}
