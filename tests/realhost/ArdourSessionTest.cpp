@@ -1,6 +1,6 @@
 // Ardour, headless through ardour7-lua with its Dummy backend, puts HvTremolo on a stereo track
 // and exports a test signal through it (tests/realhost/ardour/render.lua says how the
-// oscillators' start is pinned down). The export must equal, bit for bit, what our own host
+// oscillators' start is pinned down). The export must equal, bit for bit, what hvtremolo-render
 // makes of the same input with the same settings; the saved session, loaded again, must sound
 // the same; and Ardour must show the module's parameters and programs.
 #include <gtest/gtest.h>
@@ -14,7 +14,6 @@
 #include <vector>
 
 #include "tests/realhost/RealHostSupport.h"
-#include "tools/vsthost/VstPlugin.h"
 
 namespace {
 
@@ -122,43 +121,27 @@ std::string ArdourSession::environment;
 CommandResult ArdourSession::scan;
 CommandResult ArdourSession::render;
 
-// Our own host on Ardour's dry export: speeds 0 up to the signal's start, then the settings, as
-// the automation in render.lua does. A stage with speed 0 passes audio through unchanged and does
-// not move its oscillator, so the effect meets the signal at a fresh instance's phase.
-std::vector<float> processLikeArdour(const std::vector<float>& dry)
+// Our command-line host on the signal part of Ardour's dry export, with the settings Ardour
+// reached at the signal's first sample. Before that sample both speeds were 0 in Ardour: the
+// stages let the silence through unchanged and their oscillators did not move, so the effect met
+// the signal exactly as the fresh instance hvtremolo-render creates does.
+std::vector<float> renderWithOurHost(const std::vector<float>& signal, const fs::path& folder,
+                                     std::string& report)
 {
-    VstModule module(HVT_MODULE_PATH);
-    auto plugin = VstPlugin::create(module);
-    if (!plugin)
+    const fs::path input = folder / "signal.wav";
+    const fs::path output = folder / "ours.wav";
+    if (!writeStereoWav(input, signal.data(), signal.size() / 2, 44100)) {
+        report = "cannot write " + input.string();
         return {};
-    const size_t frames = dry.size() / 2;
-    std::vector<float> left(frames), right(frames), outLeft(frames), outRight(frames);
-    for (size_t i = 0; i < frames; ++i) {
-        left[i] = dry[2 * i];
-        right[i] = dry[2 * i + 1];
     }
-    auto process = [&](size_t from, size_t to) {
-        // Blocks of our own size: the output does not depend on how the host cuts them.
-        for (size_t i = from; i < to; i += 500) {
-            const auto count = static_cast<VstInt32>(std::min<size_t>(500, to - i));
-            float* inputs[2] = {&left[i], &right[i]};
-            float* outputs[2] = {&outLeft[i], &outRight[i]};
-            plugin->processReplacing(inputs, outputs, count);
-        }
-    };
+    std::string command = quoted(HVT_RENDER_PROGRAM) + " --quiet --plugin " +
+                          quoted(HVT_MODULE_PATH);
     for (int index = 0; index < 5; ++index)
-        plugin->setParameter(index, index == 1 || index == 3 ? 0.0f : kSettings[index]);
-    process(0, kSignalStart);
-    plugin->setParameter(1, kSettings[1]);
-    plugin->setParameter(3, kSettings[3]);
-    process(kSignalStart, frames);
-
-    std::vector<float> wet(dry.size());
-    for (size_t i = 0; i < frames; ++i) {
-        wet[2 * i] = outLeft[i];
-        wet[2 * i + 1] = outRight[i];
-    }
-    return wet;
+        command += " --param " + std::to_string(index) + "=" + std::to_string(kSettings[index]);
+    const CommandResult render =
+        runCommand(command + " " + quoted(input.string()) + " " + quoted(output.string()));
+    report = render.output;
+    return render.exitCode == 0 ? readStereoWav(output) : std::vector<float>();
 }
 
 size_t firstDifference(const std::vector<float>& a, const std::vector<float>& b)
@@ -181,11 +164,20 @@ TEST_F(ArdourSession, exportEqualsOurHostBitForBit)
         ASSERT_EQ(dry[i], 0.0f) << "sample " << i;
     EXPECT_NE(dry[2 * kSignalStart], 0.0f);
 
-    const std::vector<float> expected = processLikeArdour(dry);
-    const size_t difference = firstDifference(expected, wet);
-    EXPECT_EQ(difference, wet.size())
-        << "first difference at frame " << difference / 2 << " channel " << difference % 2
-        << ": ours " << expected[difference] << ", Ardour's " << wet[difference];
+    // Silence in, silence out, up to the signal's first sample.
+    for (size_t i = 0; i < 2 * kSignalStart; ++i)
+        ASSERT_EQ(wet[i], 0.0f) << "sample " << i;
+
+    const std::vector<float> signal(dry.begin() + 2 * kSignalStart, dry.end());
+    const std::vector<float> processed(wet.begin() + 2 * kSignalStart, wet.end());
+    std::string report;
+    const std::vector<float> ours = renderWithOurHost(signal, exportDir(), report);
+    ASSERT_EQ(ours.size(), processed.size()) << report;
+    const size_t difference = firstDifference(ours, processed);
+    EXPECT_EQ(difference, processed.size())
+        << "first difference at frame " << difference / 2 << " of the signal, channel "
+        << difference % 2 << ": ours " << ours[difference] << ", Ardour's "
+        << processed[difference];
 
     // And the effect was audible: most samples of the signal changed.
     size_t changed = 0;

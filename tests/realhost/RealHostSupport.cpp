@@ -110,6 +110,21 @@ std::vector<float> readStereoWav(const std::filesystem::path& path)
     return samples;
 }
 
+bool writeStereoWav(const std::filesystem::path& path, const float* samples, size_t frames,
+                    int sampleRate)
+{
+    SF_INFO info = {};
+    info.samplerate = sampleRate;
+    info.channels = 2;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
+    SNDFILE* file = sf_open(path.c_str(), SFM_WRITE, &info);
+    if (!file)
+        return false;
+    const auto count = static_cast<sf_count_t>(frames);
+    const bool written = sf_writef_float(file, samples, count) == count;
+    return sf_close(file) == 0 && written;
+}
+
 bool isExecutable(const std::string& path)
 {
     return !path.empty() && access(path.c_str(), X_OK) == 0;

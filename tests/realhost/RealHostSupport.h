@@ -46,5 +46,9 @@ std::string elementText(const std::string& text, const std::string& name);
 // Interleaved samples of a stereo file; empty if it cannot be read or is not stereo.
 std::vector<float> readStereoWav(const std::filesystem::path& path);
 
+// Writes interleaved stereo samples as a 32-bit float WAV file; false on failure.
+bool writeStereoWav(const std::filesystem::path& path, const float* samples, size_t frames,
+                    int sampleRate);
+
 // True if path names an executable file.
 bool isExecutable(const std::string& path);
