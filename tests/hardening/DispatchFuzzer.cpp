@@ -585,6 +585,7 @@ int main(int argc, char** argv)
         }
     }
 
+    // Sanitizer findings end in abort() too when run with abort_on_error=1 (tests/sanitizers.sh).
     for (int signalNumber : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
         signal(signalNumber, onFatalSignal);
 
