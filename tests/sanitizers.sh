@@ -1,8 +1,11 @@
 #!/bin/sh
 # Builds the project twice more and runs the tests there:
 #   build-asan: AddressSanitizer + UndefinedBehaviorSanitizer, every test except the real hosts
-#               (they cannot load an instrumented module without the sanitizer runtime).
-#   build-tsan: ThreadSanitizer, the tests labelled "threads".
+#               (they cannot load an instrumented module without the sanitizer runtime) and the
+#               one that measures resident memory (ASan holds freed memory in quarantine).
+#   build-tsan: ThreadSanitizer, the tests labelled "threads" or "x11" (the editor's end-to-end
+#               tests are meant to carry both, but gtest_discover_tests of CMake 3.25 keeps only
+#               the first label of a list).
 # Usage: tests/sanitizers.sh [asan|tsan|all]   (default all; JOBS sets the build parallelism)
 set -eu
 
@@ -19,7 +22,8 @@ run_asan() {
     # then it cannot name or suppress their frames.
     ASAN_OPTIONS=abort_on_error=1:detect_leaks=0:detect_stack_use_after_return=1 \
     UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1:abort_on_error=1 \
-        ctest --test-dir "$root/build-asan" -j"$jobs" --output-on-failure -LE realhost
+        ctest --test-dir "$root/build-asan" -j"$jobs" --output-on-failure -LE realhost \
+            -E 'EditorInX.TwoHundredCloseOpenCyclesDoNotGrowMemory'
 }
 
 run_tsan() {
@@ -27,7 +31,7 @@ run_tsan() {
         -DHVT_BENCHMARKS=OFF
     cmake --build "$root/build-tsan" -j"$jobs"
     TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \
-        ctest --test-dir "$root/build-tsan" -j"$jobs" --output-on-failure -L threads
+        ctest --test-dir "$root/build-tsan" -j"$jobs" --output-on-failure -L 'threads|x11'
 }
 
 case "$which" in
