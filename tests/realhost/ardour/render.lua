@@ -10,7 +10,7 @@
 -- export's pre-roll, so an oscillator would start the signal at a phase nobody knows. Both speeds
 -- are therefore automated to 0 before START (a stage with speed 0 does not advance) and step to
 -- their values at START exactly: the oscillators start the signal from the phase a fresh instance
--- has, which the test reproduces with our own host.
+-- has, which the test reproduces with hvtremolo-render.
 
 local session_dir, export_dir, length = arg[1], arg[2], tonumber(arg[3])
 local values = { tonumber(arg[4]), tonumber(arg[5]), tonumber(arg[6]), tonumber(arg[7]), tonumber(arg[8]) }
