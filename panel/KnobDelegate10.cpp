@@ -37,6 +37,15 @@ constexpr Rect kRateButtonFrames[kRateButtons] = {
     {190.0, 46.0, 13.0, 13.0},
 };
 
+// The button of a rate choice, or -1 when no button shows it. Compared before subtracting: the
+// choice can be any int, down to INT32_MIN (what a NaN or huge value truncates to).
+int32_t rateButtonIndex(int32_t rateChoice)
+{
+    if (rateChoice < kFirstRateChoice || rateChoice >= kFirstRateChoice + kRateButtons)
+        return -1;
+    return rateChoice - kFirstRateChoice;
+}
+
 } // namespace
 
 KnobDelegate10::KnobDelegate10(HalvoUiView10* view) : MainView(view)
@@ -136,8 +145,8 @@ void KnobDelegate10::selectRateButton(int32_t rateChoice)
 {
     for (HalvoCustomGroupButton10* button : groupButtons)
         button->setImageState(0);
-    const int32_t index = rateChoice - kFirstRateChoice;
-    if (index >= 0 && index < kRateButtons)
+    const int32_t index = rateButtonIndex(rateChoice);
+    if (index >= 0)
         groupButtons[static_cast<size_t>(index)]->setImageState(1);
 }
 
@@ -150,8 +159,7 @@ void KnobDelegate10::redisplayRateButtons()
 
 void KnobDelegate10::updateGroupButtons(int32_t buttonType)
 {
-    const int32_t index = buttonType - kFirstRateChoice;
-    if (index >= 0 && index < kRateButtons)
+    if (rateButtonIndex(buttonType) >= 0)
         MainView->updateParameters(5, static_cast<float>(buttonType));
     selectRateButton(buttonType);
     redisplayRateButtons();
