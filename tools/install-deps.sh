@@ -7,4 +7,5 @@ apt-get install -y --no-install-recommends \
   g++ cmake make pkg-config binutils \
   libcairo2-dev libxcb1-dev libsndfile1-dev \
   libgtest-dev libgmock-dev libbenchmark-dev \
-  fonts-dejavu-core valgrind xvfb xdotool
+  fonts-dejavu-core valgrind xvfb xdotool \
+  ardour qtractor muse
