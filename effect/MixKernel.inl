@@ -9,21 +9,39 @@
 
 namespace {
 
-// Hands out a stretch's table indices frame by frame, one addition and one shift each. Whole
+// Hands out a stretch's table indices frame by frame, one addition and one shift each. The
+// mantissa is kept shifted so that the index is its upper half: every walker then shifts by the
+// same constant, and the frame loop needs no register for either oscillator's shift. Whole
 // registers wide: a walker goes through memory between segments of a block, and fields stored and
 // loaded at one width never make a load wait for a store it only partly overlaps.
 struct IndexWalker {
-    uint64_t step;
-    uint64_t shift;
-    uint64_t mantissa;
+    static constexpr uint32_t kIndexBits = 32;
+
+    uint64_t step;     // the run's step << up
+    uint64_t position; // the mantissa << up
+    uint64_t up;       // kIndexBits - the run's shift
+
+    // Shifts of at most 23 leave a 24-bit mantissa well inside the 64 bits.
+    static IndexWalker from(const IndexSteps& steps)
+    {
+        const uint64_t up = kIndexBits - steps.shift;
+        return {static_cast<uint64_t>(steps.step) << up,
+                static_cast<uint64_t>(steps.mantissa) << up, up};
+    }
+
+    IndexSteps steps() const
+    {
+        return {static_cast<uint32_t>(step >> up), static_cast<uint32_t>(kIndexBits - up),
+                static_cast<uint32_t>(position >> up)};
+    }
 
     uint64_t next()
     {
-        const uint64_t index = mantissa >> shift;
-        mantissa += step;
+        const uint64_t index = position >> kIndexBits;
+        position += step;
         // One chain of additions: left alone, the compiler splits it into several with their
         // own strides, runs out of registers and spills inside the frame loop.
-        asm("" : "+r"(mantissa));
+        asm("" : "+r"(position));
         return index;
     }
 };
@@ -73,9 +91,7 @@ public:
         oscillator.inRun = stretch.run;
         oscillator.runPhaseBits = std::bit_cast<uint32_t>(now);
         oscillator.runIncrementBits = std::bit_cast<uint32_t>(oscillator.increment);
-        oscillator.runIndices = {static_cast<uint32_t>(walker.step),
-                                 static_cast<uint32_t>(walker.shift),
-                                 static_cast<uint32_t>(walker.mantissa)};
+        oscillator.runIndices = walker.steps();
         oscillator.runBitStep = stretch.bitStep;
         oscillator.runLimitBits = stretch.limitBits;
     }
@@ -96,7 +112,7 @@ private:
     {
         unplanned -= stretch.frames;
         left = stretch.frames;
-        walker = {stretch.indices.step, stretch.indices.shift, stretch.indices.mantissa};
+        walker = IndexWalker::from(stretch.indices);
         phase = stretch.phaseAfter(stretch.frames);
         index = static_cast<uint32_t>(phase);
     }
@@ -191,16 +207,21 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
 }
 
 // The same for stretches of both oscillators, out of line so that the long loops' registers are
-// allocated for them alone. The walkers travel by value and come back as the two mantissas they
-// reach (tremolo in the low half), never through memory the loop would have to reload.
+// allocated for them alone. The walkers travel by value and come back as the two positions they
+// reach, in registers, never through memory the loop would have to reload.
+struct Positions {
+    uint64_t tremolo;
+    uint64_t panner;
+};
+
 template <class L, bool Tremolo, bool Panner>
-[[gnu::noinline]] uint64_t mixStretchFrames(const MixJob& job, int32_t from, int32_t to,
+[[gnu::noinline]] Positions mixStretchFrames(const MixJob& job, int32_t from, int32_t to,
                                             IndexWalker tremoloWalker, IndexWalker pannerWalker)
 {
     StretchReads tremolo{job.tremolo->table, tremoloWalker};
     StretchReads panner{job.panner->table, pannerWalker};
     mixFramesHere<L, Tremolo, Panner>(job, from, to, tremolo, panner);
-    return (static_cast<uint64_t>(panner.walker.mantissa) << 32) | tremolo.walker.mantissa;
+    return {tremolo.walker.position, panner.walker.position};
 }
 
 // Runs frames [from, to) of both oscillators' current stretches.
@@ -208,9 +229,9 @@ template <class L, bool Tremolo, bool Panner>
 void mixStretches(const MixJob& job, int32_t from, int32_t to, IndexWalker& tremolo,
                   IndexWalker& panner)
 {
-    const uint64_t mantissas = mixStretchFrames<L, Tremolo, Panner>(job, from, to, tremolo, panner);
-    tremolo.mantissa = static_cast<uint32_t>(mantissas);
-    panner.mantissa = static_cast<uint32_t>(mantissas >> 32);
+    const Positions reached = mixStretchFrames<L, Tremolo, Panner>(job, from, to, tremolo, panner);
+    tremolo.position = reached.tremolo;
+    panner.position = reached.panner;
 }
 
 template <bool Tremolo, bool Panner>
@@ -273,10 +294,8 @@ void mixBlock(MixJob& job)
 template <class L, bool Tremolo, bool Panner>
 [[gnu::noinline]] void mixRuns(const MixJob& job)
 {
-    const IndexSteps& t = job.tremolo->runIndices;
-    const IndexSteps& p = job.panner->runIndices;
-    StretchReads tremolo{job.tremolo->table, {t.step, t.shift, t.mantissa}};
-    StretchReads panner{job.panner->table, {p.step, p.shift, p.mantissa}};
+    StretchReads tremolo{job.tremolo->table, IndexWalker::from(job.tremolo->runIndices)};
+    StretchReads panner{job.panner->table, IndexWalker::from(job.panner->runIndices)};
     const int32_t vectorEnd = job.frames & ~(L::width - 1);
     mixFramesHere<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
     mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
