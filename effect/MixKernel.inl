@@ -53,9 +53,10 @@ public:
         : table(oscillator.table), oscillator(oscillator), phase(oscillator.phase),
           index(oscillator.index), unplanned(blockFrames)
     {
-        if (runCovers(oscillator, blockFrames)) {
-            // The last block's run covers this one.
-            stretch.frames = blockFrames;
+        const int32_t resumed = runFrames(oscillator, blockFrames);
+        if (resumed > 0) {
+            // The block starts where the last one left its run.
+            stretch.frames = resumed;
             stretch.indices = oscillator.runIndices;
             stretch.phaseBits = oscillator.runPhaseBits;
             stretch.bitStep = oscillator.runBitStep;
@@ -172,18 +173,19 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
                                                  TremoloReads& tremolo, PannerReads& panner)
 {
     using F = typename L::F;
-    // Locals, so that the stores (which may alias anything) do not make the loop reload them.
-    const float* const inL = job.inL;
-    const float* const inR = job.inR;
-    float* const outL = job.outL;
-    float* const outR = job.outR;
+    // Locals, so that the stores (which may alias anything) do not make the loop reload them. They
+    // point at frame `to`, and the loop counts up to zero: no register holds the end.
+    const float* const inL = job.inL + to;
+    const float* const inR = job.inR + to;
+    float* const outL = job.outL + to;
+    float* const outR = job.outR + to;
     const F zero = L::splat(0.0f);
     const F one = L::splat(1.0f);
     const F m = L::splat(job.mix);
     const F dry = L::splat(1.0f - job.mix);
     const F floor = L::splat(job.tremoloFloor);
     const F depth = L::splat(job.pannerDepth);
-    for (int32_t i = from; i < to; i += L::width) {
+    for (intptr_t i = from - to; i < 0; i += L::width) {
         F left = L::load(inL + i);
         F right = L::load(inR + i);
         if constexpr (Tremolo) {
@@ -207,19 +209,19 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
 }
 
 // The same for stretches of both oscillators, out of line so that the long loops' registers are
-// allocated for them alone. The walkers travel by value and come back as the two positions they
-// reach, in registers, never through memory the loop would have to reload.
+// allocated for them alone. The walkers' steps and positions travel in registers (a walker passed
+// whole would go through the stack) and come back as the two positions they reach.
 struct Positions {
     uint64_t tremolo;
     uint64_t panner;
 };
 
 template <class L, bool Tremolo, bool Panner>
-[[gnu::noinline]] Positions mixStretchFrames(const MixJob& job, int32_t from, int32_t to,
-                                            IndexWalker tremoloWalker, IndexWalker pannerWalker)
+[[gnu::noinline]] Positions mixStretchFrames(const MixJob& job, Positions steps, Positions start,
+                                             int32_t from, int32_t to)
 {
-    StretchReads tremolo{job.tremolo->table, tremoloWalker};
-    StretchReads panner{job.panner->table, pannerWalker};
+    StretchReads tremolo{job.tremolo->table, {steps.tremolo, start.tremolo, 0}};
+    StretchReads panner{job.panner->table, {steps.panner, start.panner, 0}};
     mixFramesHere<L, Tremolo, Panner>(job, from, to, tremolo, panner);
     return {tremolo.walker.position, panner.walker.position};
 }
@@ -229,7 +231,8 @@ template <class L, bool Tremolo, bool Panner>
 void mixStretches(const MixJob& job, int32_t from, int32_t to, IndexWalker& tremolo,
                   IndexWalker& panner)
 {
-    const Positions reached = mixStretchFrames<L, Tremolo, Panner>(job, from, to, tremolo, panner);
+    const Positions reached = mixStretchFrames<L, Tremolo, Panner>(
+        job, {tremolo.step, panner.step}, {tremolo.position, panner.position}, from, to);
     tremolo.position = reached.tremolo;
     panner.position = reached.panner;
 }
