@@ -55,6 +55,22 @@ inline bool runCovers(const KernelOscillator& oscillator, int32_t frames)
                oscillator.runLimitBits;
 }
 
+// How many of the next `frames` frames the run the oscillator was left in still covers: 0 when it
+// was left in none or anything changed since, at most `frames`.
+inline int32_t runFrames(const KernelOscillator& oscillator, int32_t frames)
+{
+    const uint32_t phaseBits = std::bit_cast<uint32_t>(oscillator.phase);
+    const IndexSteps& run = oscillator.runIndices;
+    if (!oscillator.inRun || phaseBits != oscillator.runPhaseBits ||
+        std::bit_cast<uint32_t>(oscillator.increment) != oscillator.runIncrementBits ||
+        oscillator.index != run.mantissa >> run.shift || phaseBits >= oscillator.runLimitBits)
+        return 0;
+    if (oscillator.runBitStep == 0)
+        return frames; // stalled
+    const uint32_t covered = (oscillator.runLimitBits - 1 - phaseBits) / oscillator.runBitStep;
+    return covered < static_cast<uint32_t>(frames) ? static_cast<int32_t>(covered) : frames;
+}
+
 // Moves an oscillator `frames` frames along the run that covers them.
 inline void advanceRun(KernelOscillator& oscillator, int32_t frames)
 {

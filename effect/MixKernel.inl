@@ -9,21 +9,39 @@
 
 namespace {
 
-// Hands out a stretch's table indices frame by frame, one addition and one shift each. Whole
+// Hands out a stretch's table indices frame by frame, one addition and one shift each. The
+// mantissa is kept shifted so that the index is its upper half: every walker then shifts by the
+// same constant, and the frame loop needs no register for either oscillator's shift. Whole
 // registers wide: a walker goes through memory between segments of a block, and fields stored and
 // loaded at one width never make a load wait for a store it only partly overlaps.
 struct IndexWalker {
-    uint64_t step;
-    uint64_t shift;
-    uint64_t mantissa;
+    static constexpr uint32_t kIndexBits = 32;
+
+    uint64_t step;     // the run's step << up
+    uint64_t position; // the mantissa << up
+    uint64_t up;       // kIndexBits - the run's shift
+
+    // Shifts of at most 23 leave a 24-bit mantissa well inside the 64 bits.
+    static IndexWalker from(const IndexSteps& steps)
+    {
+        const uint64_t up = kIndexBits - steps.shift;
+        return {static_cast<uint64_t>(steps.step) << up,
+                static_cast<uint64_t>(steps.mantissa) << up, up};
+    }
+
+    IndexSteps steps() const
+    {
+        return {static_cast<uint32_t>(step >> up), static_cast<uint32_t>(kIndexBits - up),
+                static_cast<uint32_t>(position >> up)};
+    }
 
     uint64_t next()
     {
-        const uint64_t index = mantissa >> shift;
-        mantissa += step;
+        const uint64_t index = position >> kIndexBits;
+        position += step;
         // One chain of additions: left alone, the compiler splits it into several with their
         // own strides, runs out of registers and spills inside the frame loop.
-        asm("" : "+r"(mantissa));
+        asm("" : "+r"(position));
         return index;
     }
 };
@@ -35,9 +53,10 @@ public:
         : table(oscillator.table), oscillator(oscillator), phase(oscillator.phase),
           index(oscillator.index), unplanned(blockFrames)
     {
-        if (runCovers(oscillator, blockFrames)) {
-            // The last block's run covers this one.
-            stretch.frames = blockFrames;
+        const int32_t resumed = runFrames(oscillator, blockFrames);
+        if (resumed > 0) {
+            // The block starts where the last one left its run.
+            stretch.frames = resumed;
             stretch.indices = oscillator.runIndices;
             stretch.phaseBits = oscillator.runPhaseBits;
             stretch.bitStep = oscillator.runBitStep;
@@ -73,9 +92,7 @@ public:
         oscillator.inRun = stretch.run;
         oscillator.runPhaseBits = std::bit_cast<uint32_t>(now);
         oscillator.runIncrementBits = std::bit_cast<uint32_t>(oscillator.increment);
-        oscillator.runIndices = {static_cast<uint32_t>(walker.step),
-                                 static_cast<uint32_t>(walker.shift),
-                                 static_cast<uint32_t>(walker.mantissa)};
+        oscillator.runIndices = walker.steps();
         oscillator.runBitStep = stretch.bitStep;
         oscillator.runLimitBits = stretch.limitBits;
     }
@@ -96,7 +113,7 @@ private:
     {
         unplanned -= stretch.frames;
         left = stretch.frames;
-        walker = {stretch.indices.step, stretch.indices.shift, stretch.indices.mantissa};
+        walker = IndexWalker::from(stretch.indices);
         phase = stretch.phaseAfter(stretch.frames);
         index = static_cast<uint32_t>(phase);
     }
@@ -156,18 +173,19 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
                                                  TremoloReads& tremolo, PannerReads& panner)
 {
     using F = typename L::F;
-    // Locals, so that the stores (which may alias anything) do not make the loop reload them.
-    const float* const inL = job.inL;
-    const float* const inR = job.inR;
-    float* const outL = job.outL;
-    float* const outR = job.outR;
+    // Locals, so that the stores (which may alias anything) do not make the loop reload them. They
+    // point at frame `to`, and the loop counts up to zero: no register holds the end.
+    const float* const inL = job.inL + to;
+    const float* const inR = job.inR + to;
+    float* const outL = job.outL + to;
+    float* const outR = job.outR + to;
     const F zero = L::splat(0.0f);
     const F one = L::splat(1.0f);
     const F m = L::splat(job.mix);
     const F dry = L::splat(1.0f - job.mix);
     const F floor = L::splat(job.tremoloFloor);
     const F depth = L::splat(job.pannerDepth);
-    for (int32_t i = from; i < to; i += L::width) {
+    for (intptr_t i = from - to; i < 0; i += L::width) {
         F left = L::load(inL + i);
         F right = L::load(inR + i);
         if constexpr (Tremolo) {
@@ -191,16 +209,21 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
 }
 
 // The same for stretches of both oscillators, out of line so that the long loops' registers are
-// allocated for them alone. The walkers travel by value and come back as the two mantissas they
-// reach (tremolo in the low half), never through memory the loop would have to reload.
+// allocated for them alone. The walkers' steps and positions travel in registers (a walker passed
+// whole would go through the stack) and come back as the two positions they reach.
+struct Positions {
+    uint64_t tremolo;
+    uint64_t panner;
+};
+
 template <class L, bool Tremolo, bool Panner>
-[[gnu::noinline]] uint64_t mixStretchFrames(const MixJob& job, int32_t from, int32_t to,
-                                            IndexWalker tremoloWalker, IndexWalker pannerWalker)
+[[gnu::noinline]] Positions mixStretchFrames(const MixJob& job, Positions steps, Positions start,
+                                             int32_t from, int32_t to)
 {
-    StretchReads tremolo{job.tremolo->table, tremoloWalker};
-    StretchReads panner{job.panner->table, pannerWalker};
+    StretchReads tremolo{job.tremolo->table, {steps.tremolo, start.tremolo, 0}};
+    StretchReads panner{job.panner->table, {steps.panner, start.panner, 0}};
     mixFramesHere<L, Tremolo, Panner>(job, from, to, tremolo, panner);
-    return (static_cast<uint64_t>(panner.walker.mantissa) << 32) | tremolo.walker.mantissa;
+    return {tremolo.walker.position, panner.walker.position};
 }
 
 // Runs frames [from, to) of both oscillators' current stretches.
@@ -208,9 +231,10 @@ template <class L, bool Tremolo, bool Panner>
 void mixStretches(const MixJob& job, int32_t from, int32_t to, IndexWalker& tremolo,
                   IndexWalker& panner)
 {
-    const uint64_t mantissas = mixStretchFrames<L, Tremolo, Panner>(job, from, to, tremolo, panner);
-    tremolo.mantissa = static_cast<uint32_t>(mantissas);
-    panner.mantissa = static_cast<uint32_t>(mantissas >> 32);
+    const Positions reached = mixStretchFrames<L, Tremolo, Panner>(
+        job, {tremolo.step, panner.step}, {tremolo.position, panner.position}, from, to);
+    tremolo.position = reached.tremolo;
+    panner.position = reached.panner;
 }
 
 template <bool Tremolo, bool Panner>
@@ -273,10 +297,8 @@ void mixBlock(MixJob& job)
 template <class L, bool Tremolo, bool Panner>
 [[gnu::noinline]] void mixRuns(const MixJob& job)
 {
-    const IndexSteps& t = job.tremolo->runIndices;
-    const IndexSteps& p = job.panner->runIndices;
-    StretchReads tremolo{job.tremolo->table, {t.step, t.shift, t.mantissa}};
-    StretchReads panner{job.panner->table, {p.step, p.shift, p.mantissa}};
+    StretchReads tremolo{job.tremolo->table, IndexWalker::from(job.tremolo->runIndices)};
+    StretchReads panner{job.panner->table, IndexWalker::from(job.panner->runIndices)};
     const int32_t vectorEnd = job.frames & ~(L::width - 1);
     mixFramesHere<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
     mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
