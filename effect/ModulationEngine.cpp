@@ -38,9 +38,21 @@ ModulationEngine::ModulationEngine(bool allowAvx2)
     tremoloOscillator.table = sine_tables::tremoloTable();
     pannerOscillator.length = static_cast<float>(kPannerLength);
     pannerOscillator.table = sine_tables::pannerTable();
+    takeSettings();
     __builtin_cpu_init();
     if (allowAvx2 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"))
         kernel = &mixAvx2;
+}
+
+void ModulationEngine::takeSettings()
+{
+    job.tremoloOn = lastBlock.tremoloOn;
+    job.pannerOn = lastBlock.pannerOn;
+    tremoloOscillator.increment = lastBlock.tremoloIncrement;
+    pannerOscillator.increment = lastBlock.pannerIncrement;
+    job.tremoloFloor = 1.0f - lastBlock.tremoloDepth;
+    job.pannerDepth = lastBlock.pannerDepth;
+    job.mix = lastBlock.mix;
 }
 
 void ModulationEngine::process(const float* inL, const float* inR, float* outL, float* outR,
@@ -48,36 +60,39 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
 {
     if (frames <= 0)
         return;
-    if (!separateBuffers(inL, inR, outL, outR, frames)) {
-        processReference(*this, inL, inR, outL, outR, frames, settings);
-        return;
+    if (inL != checkedInL || inR != checkedInR || outL != checkedOutL || outR != checkedOutR ||
+        frames > checkedFrames) {
+        if (!separateBuffers(inL, inR, outL, outR, frames)) {
+            processReference(*this, inL, inR, outL, outR, frames, settings);
+            return;
+        }
+        // Buffers apart over these frames are apart over fewer too.
+        checkedInL = inL;
+        checkedInR = inR;
+        checkedOutL = outL;
+        checkedOutR = outR;
+        checkedFrames = frames;
     }
     // Compared bit for bit (the struct has no padding): a NaN setting is as reusable as any other.
     static_assert(sizeof(EngineSettings) == 5 * sizeof(float) + sizeof(int32_t));
     if (std::memcmp(&settings, &lastSettings, sizeof settings) != 0) {
         lastSettings = settings;
         lastBlock = blockSettings(settings);
+        takeSettings();
     }
     const BlockSettings& block = lastBlock;
-    MixJob job;
     job.inL = inL;
     job.inR = inR;
     job.outL = outL;
     job.outR = outR;
     job.frames = frames;
-    job.tremoloOn = block.tremoloOn;
-    job.pannerOn = block.pannerOn;
-    tremoloOscillator.phase = tremoloPhase;
-    tremoloOscillator.index = tremoloIndex;
-    tremoloOscillator.increment = block.tremoloIncrement;
-    pannerOscillator.phase = pannerPhase;
-    pannerOscillator.index = pannerIndex;
-    pannerOscillator.increment = block.pannerIncrement;
+    // Set every block rather than once: a copied engine must not drive the original's oscillators.
     job.tremolo = &tremoloOscillator;
     job.panner = &pannerOscillator;
-    job.tremoloFloor = 1.0f - block.tremoloDepth;
-    job.pannerDepth = block.pannerDepth;
-    job.mix = block.mix;
+    tremoloOscillator.phase = tremoloPhase;
+    tremoloOscillator.index = tremoloIndex;
+    pannerOscillator.phase = pannerPhase;
+    pannerOscillator.index = pannerIndex;
     if ((!block.tremoloOn || runCovers(tremoloOscillator, frames)) &&
         (!block.pannerOn || runCovers(pannerOscillator, frames))) {
         kernel->runs(job);

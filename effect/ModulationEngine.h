@@ -23,11 +23,20 @@ public:
     bool usesAvx2() const { return kernel == &mixAvx2; }
 
 private:
+    void takeSettings(); // from lastBlock into the job and the oscillators
     const MixFunctions* kernel;
     // The last block's settings and what they came to: hosts change them far less often than
     // every block, and deriving them costs as much as the frames of a short block.
     EngineSettings lastSettings;
     BlockSettings lastBlock;
+    // The kernel's job, whose settings-derived fields change only with the settings.
+    MixJob job{};
+    // The last buffers found fit for the vector path: hosts hand the same ones block after block.
+    const float* checkedInL = nullptr;
+    const float* checkedInR = nullptr;
+    const float* checkedOutL = nullptr;
+    const float* checkedOutR = nullptr;
+    int32_t checkedFrames = 0;
     // The oscillators as the kernel keeps them, with the runs they are in.
     KernelOscillator tremoloOscillator;
     KernelOscillator pannerOscillator;
