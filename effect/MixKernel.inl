@@ -301,7 +301,9 @@ template <class L, bool Tremolo, bool Panner>
     StretchReads panner{job.panner->table, IndexWalker::from(job.panner->runIndices)};
     const int32_t vectorEnd = job.frames & ~(L::width - 1);
     mixFramesHere<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
-    mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
+    // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
+    if (vectorEnd != job.frames)
+        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
 }
 
 template <class L>
