@@ -82,10 +82,13 @@ inline void advanceRun(KernelOscillator& oscillator, int32_t frames)
     oscillator.index = run.mantissa >> run.shift; // the phase truncated, as the run's formula says
 }
 
+// Each indexed by which stages run, tremolo + 2 * panner: one call per block picks the loop.
 struct MixFunctions {
-    void (*block)(MixJob& job);     // any block: plans stretches, leaves the runs
-    void (*runs)(const MixJob& job); // a block the running oscillators' runs cover
+    void (*block[4])(MixJob& job);     // any block: plans stretches, leaves the runs
+    void (*runs[4])(const MixJob& job); // a block the running oscillators' runs cover
 };
+
+inline int stagesRunning(const MixJob& job) { return job.tremoloOn + 2 * job.pannerOn; }
 
 // Four frames a step with SSE2, which every x86-64 processor has.
 extern const MixFunctions mixSse2;

@@ -306,30 +306,14 @@ template <class L, bool Tremolo, bool Panner>
         mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
 }
 
+// The loops in the order MixFunctions keeps them.
 template <class L>
-void mixBlockWith(MixJob& job)
+constexpr MixFunctions mixFunctions()
 {
-    if (job.tremoloOn && job.pannerOn)
-        mixBlock<L, true, true>(job);
-    else if (job.tremoloOn)
-        mixBlock<L, true, false>(job);
-    else if (job.pannerOn)
-        mixBlock<L, false, true>(job);
-    else
-        mixBlock<L, false, false>(job);
-}
-
-template <class L>
-void mixRunsWith(const MixJob& job)
-{
-    if (job.tremoloOn && job.pannerOn)
-        mixRuns<L, true, true>(job);
-    else if (job.tremoloOn)
-        mixRuns<L, true, false>(job);
-    else if (job.pannerOn)
-        mixRuns<L, false, true>(job);
-    else
-        mixRuns<L, false, false>(job);
+    return {{mixBlock<L, false, false>, mixBlock<L, true, false>, mixBlock<L, false, true>,
+             mixBlock<L, true, true>},
+            {mixRuns<L, false, false>, mixRuns<L, true, false>, mixRuns<L, false, true>,
+             mixRuns<L, true, true>}};
 }
 
 } // namespace

@@ -50,6 +50,6 @@ struct Avx2Lanes {
 
 } // namespace
 
-const MixFunctions mixAvx2 = {mixBlockWith<Avx2Lanes>, mixRunsWith<Avx2Lanes>};
+const MixFunctions mixAvx2 = mixFunctions<Avx2Lanes>();
 
 #pragma GCC pop_options

@@ -34,4 +34,4 @@ struct Sse2Lanes {
 
 } // namespace
 
-const MixFunctions mixSse2 = {mixBlockWith<Sse2Lanes>, mixRunsWith<Sse2Lanes>};
+const MixFunctions mixSse2 = mixFunctions<Sse2Lanes>();

@@ -95,13 +95,13 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
     pannerOscillator.index = pannerIndex;
     if ((!block.tremoloOn || runCovers(tremoloOscillator, frames)) &&
         (!block.pannerOn || runCovers(pannerOscillator, frames))) {
-        kernel->runs(job);
+        kernel->runs[stagesRunning(job)](job);
         if (block.tremoloOn)
             advanceRun(tremoloOscillator, frames);
         if (block.pannerOn)
             advanceRun(pannerOscillator, frames);
     } else {
-        kernel->block(job); // moves only the oscillators of running stages
+        kernel->block[stagesRunning(job)](job); // moves only the oscillators of running stages
     }
     tremoloPhase = tremoloOscillator.phase;
     tremoloIndex = tremoloOscillator.index;
