@@ -279,6 +279,29 @@ TEST_P(EngineMatchesReference, OverlappingBuffersGiveThePlainLoopsResult)
     }
 }
 
+TEST_P(EngineMatchesReference, BuffersApartForShortBlocksMayOverlapInLongerOnes)
+{
+    // The engine remembers buffers it found apart; the same ones over more frames may overlap.
+    const TestAudio audio(700, 6);
+    const EngineSettings settings = programLike(0.8f, 0.3f, 0.9f, 0.45f, 0.7f, 7);
+    std::vector<float> fastMemory(2000), plainMemory(2000);
+    for (int i = 0; i < 700; ++i) {
+        fastMemory[i] = plainMemory[i] = audio.left[i];
+        fastMemory[1000 + i] = plainMemory[1000 + i] = audio.right[i];
+    }
+    ModulationEngine fast(GetParam());
+    OscillatorState plain;
+    float* f = fastMemory.data();
+    float* p = plainMemory.data();
+    // Outputs 40 samples past the inputs: apart for 32 frames, overlapping for 600.
+    for (const int32_t frames : {32, 32, 600, 16}) {
+        fast.process(f, f + 1000, f + 40, f + 1040, frames, settings);
+        processReference(plain, p, p + 1000, p + 40, p + 1040, frames, settings);
+        EXPECT_TRUE(sameSamples(f, p, 2000, "memory")) << frames << " frames";
+        EXPECT_TRUE(sameState(fast, plain)) << frames << " frames";
+    }
+}
+
 TEST_P(EngineMatchesReference, EmptyAndNegativeBlocksTouchNothing)
 {
     const EngineSettings settings = programLike(1.0f, 0.5f, 1.0f, 0.5f, 1.0f, 7);
