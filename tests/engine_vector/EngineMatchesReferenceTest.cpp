@@ -78,6 +78,18 @@ class EngineMatchesReference : public ::testing::TestWithParam<bool> {};
 INSTANTIATE_TEST_SUITE_P(Kernels, EngineMatchesReference, ::testing::Values(false, true),
                          [](const auto& info) { return info.param ? "Avx2" : "Sse2"; });
 
+// One buffer holding the left channel at offset 0 and the right at 1000, for tests in which
+// inputs and outputs share memory.
+static std::vector<float> sharedMemory(const TestAudio& audio, size_t size)
+{
+    std::vector<float> memory(size);
+    for (size_t i = 0; i < audio.left.size(); ++i) {
+        memory[i] = audio.left[i];
+        memory[1000 + i] = audio.right[i];
+    }
+    return memory;
+}
+
 TEST_P(EngineMatchesReference, KernelIsTheOneAskedForWhenTheProcessorHasIt)
 {
     const ModulationEngine engine(GetParam());
@@ -261,11 +273,8 @@ TEST_P(EngineMatchesReference, OverlappingBuffersGiveThePlainLoopsResult)
         {"shifted back", 1, 1001, 0, 1000}, {"one input", 0, 0, 2000, 3000},
         {"left in place, right on left", 0, 1000, 0, 1}};
     for (const Layout& layout : layouts) {
-        std::vector<float> fastMemory(4000), plainMemory(4000);
-        for (int i = 0; i < 700; ++i) {
-            fastMemory[i] = plainMemory[i] = audio.left[i];
-            fastMemory[1000 + i] = plainMemory[1000 + i] = audio.right[i];
-        }
+        std::vector<float> fastMemory = sharedMemory(audio, 4000);
+        std::vector<float> plainMemory = fastMemory;
         ModulationEngine fast(GetParam());
         OscillatorState plain;
         float* f = fastMemory.data();
@@ -284,11 +293,8 @@ TEST_P(EngineMatchesReference, BuffersApartForShortBlocksMayOverlapInLongerOnes)
     // The engine remembers buffers it found apart; the same ones over more frames may overlap.
     const TestAudio audio(700, 6);
     const EngineSettings settings = programLike(0.8f, 0.3f, 0.9f, 0.45f, 0.7f, 7);
-    std::vector<float> fastMemory(2000), plainMemory(2000);
-    for (int i = 0; i < 700; ++i) {
-        fastMemory[i] = plainMemory[i] = audio.left[i];
-        fastMemory[1000 + i] = plainMemory[1000 + i] = audio.right[i];
-    }
+    std::vector<float> fastMemory = sharedMemory(audio, 2000);
+    std::vector<float> plainMemory = fastMemory;
     ModulationEngine fast(GetParam());
     OscillatorState plain;
     float* f = fastMemory.data();
