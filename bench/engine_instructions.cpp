@@ -1,6 +1,6 @@
 // Processes a fixed number of frames with one engine, for counting instructions under callgrind
 // (see count_engine_instructions.sh):
-//   engine_instructions plain|sse2|avx2 <block frames> <total frames> [program 1 or 9]
+//   engine_instructions plain|sse2|avx2|avx512 <block frames> <total frames> [program 1 or 9]
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -14,7 +14,7 @@
 int main(int argc, char** argv)
 {
     if (argc != 4 && argc != 5) {
-        std::fprintf(stderr, "usage: %s plain|sse2|avx2 <block frames> <total frames> [1|9]\n",
+        std::fprintf(stderr, "usage: %s plain|sse2|avx2|avx512 <block frames> <total frames> [1|9]\n",
                      argv[0]);
         return 2;
     }
@@ -24,9 +24,14 @@ int main(int argc, char** argv)
     if (block <= 0 || total <= 0)
         return 2;
     const bool plain = std::strcmp(engineName, "plain") == 0;
-    ModulationEngine vector(std::strcmp(engineName, "avx2") == 0);
-    if (!plain && vector.usesAvx2() != (std::strcmp(engineName, "avx2") == 0)) {
-        std::fprintf(stderr, "%s is not available here\n", engineName);
+    auto kernel = ModulationEngine::Kernel::Sse2;
+    if (std::strcmp(engineName, "avx2") == 0)
+        kernel = ModulationEngine::Kernel::Avx2;
+    else if (std::strcmp(engineName, "avx512") == 0)
+        kernel = ModulationEngine::Kernel::Avx512;
+    ModulationEngine vector(kernel);
+    if (!plain && vector.kernelInUse() != kernel) {
+        std::fprintf(stderr, "%s is not used on this processor\n", engineName);
         return 1;
     }
     sine_tables::tremoloTable(); // built here, not inside the counted calls

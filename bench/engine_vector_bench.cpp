@@ -48,9 +48,10 @@ EngineSettings program(int64_t number)
 void EngineVersusPlainLoop(benchmark::State& state)
 {
     const auto frames = static_cast<int32_t>(state.range(0));
-    ModulationEngine vector(state.range(1) != 0);
-    if (state.range(1) != 0 && !vector.usesAvx2()) {
-        state.SkipWithError("this processor has no AVX2");
+    const auto kernel = static_cast<ModulationEngine::Kernel>(state.range(1));
+    ModulationEngine vector(kernel);
+    if (vector.kernelInUse() != kernel) {
+        state.SkipWithError("this kernel is not used on this processor");
         return;
     }
     OscillatorState plain;
@@ -85,9 +86,9 @@ void EngineVersusPlainLoop(benchmark::State& state)
 
 } // namespace
 
-// Arguments: block size, 0 for the SSE2 kernel and 1 for the AVX2 one, the program number.
+// Arguments: block size, the kernel (0 SSE2, 1 AVX2, 2 AVX-512), the program number.
 BENCHMARK(EngineVersusPlainLoop)
-    ->ArgNames({"block", "avx2", "program"})
-    ->ArgsProduct({{32, 512, 4096}, {0, 1}, {1, 9}});
+    ->ArgNames({"block", "kernel", "program"})
+    ->ArgsProduct({{32, 512, 4096}, {0, 1, 2}, {1, 9}});
 
 BENCHMARK_MAIN();

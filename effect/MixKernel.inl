@@ -1,11 +1,18 @@
-// The block loop, written once over a lane type and compiled once per instruction set: the file
-// that includes it supplies the lane type and, for AVX2, the target. Everything here has internal
-// linkage, so no instance compiled for AVX2 can stand in for the baseline one at link time.
+// The block loop, written once over lane types and compiled once per instruction set: the file
+// that includes it chooses the target and the lane types (MixLanes*.h). A kernel runs the long
+// stretches at its own width, L, and the frames around a stretch end at a narrower one, N, so
+// that fewer frames are read one at a time. Everything here has internal linkage, so no instance
+// compiled for a wider set can stand in for the baseline one at link time.
 //
-// A lane type L offers: F (a vector of floats), width, load, store, splat, add, sub, mul, min and
+// A lane type offers: F (a vector of floats), width, load, store, splat, add, sub, mul, min and
 // max with the x86 rules (min(a, b) = a < b ? a : b, max(a, b) = a > b ? a : b), and lookup,
 // which reads the table entries of `width` consecutive frames, their indices from a source's
 // next().
+#include <algorithm>
+#include <bit>
+#include <cstdint>
+
+#include "effect/MixKernel.h"
 
 namespace {
 
@@ -246,43 +253,51 @@ void finish(TableReader& tremolo, TableReader& panner)
         panner.finish();
 }
 
-template <class L, bool Tremolo, bool Panner>
+template <class L, class N, bool Tremolo, bool Panner>
 void mixBlock(MixJob& job)
 {
-    static_assert((L::width & (L::width - 1)) == 0);
-    constexpr int32_t wholeVectors = ~(L::width - 1);
+    static_assert((L::width & (L::width - 1)) == 0 && (N::width & (N::width - 1)) == 0);
+    static_assert(N::width <= L::width);
+    constexpr int32_t wholeVectors = ~(N::width - 1);
     TableReader tremolo(*job.tremolo, job.frames);
     TableReader panner(*job.panner, job.frames);
     const int32_t vectorEnd = job.frames & wholeVectors;
     for (int32_t i = 0; i < vectorEnd;) {
-        // As many whole vectors as both current stretches cover.
+        // As many whole vectors as both current stretches cover, wide ones where they can be.
         int32_t frames = vectorEnd - i;
         if (Tremolo)
             frames = std::min(frames, tremolo.ready());
         if (Panner)
             frames = std::min(frames, panner.ready());
-        frames &= wholeVectors;
-        if (frames > 0) {
+        if (frames >= L::width)
+            frames &= ~(L::width - 1);
+        else
+            frames &= wholeVectors;
+        if (frames >= L::width) {
             mixStretches<L, Tremolo, Panner>(job, i, i + frames, tremolo.walker, panner.walker);
             tremolo.left -= Tremolo ? frames : 0;
             panner.left -= Panner ? frames : 0;
+        } else if (frames > 0) {
+            mixStretches<N, Tremolo, Panner>(job, i, i + frames, tremolo.walker, panner.walker);
+            tremolo.left -= Tremolo ? frames : 0;
+            panner.left -= Panner ? frames : 0;
         } else {
-            // A stretch ends inside the next vector: that oscillator reads frame by frame.
-            frames = L::width;
+            // A stretch ends inside the next narrow vector: that oscillator reads frame by frame.
+            frames = N::width;
             StretchReads tremoloReads{tremolo.table, tremolo.walker};
             StretchReads pannerReads{panner.table, panner.walker};
             FrameReads tremoloSteps{&tremolo};
             FrameReads pannerSteps{&panner};
             if (!Tremolo || tremolo.left >= frames) {
-                mixFramesHere<L, Tremolo, Panner>(job, i, i + frames, tremoloReads, pannerSteps);
+                mixFramesHere<N, Tremolo, Panner>(job, i, i + frames, tremoloReads, pannerSteps);
                 tremolo.walker = tremoloReads.walker;
                 tremolo.left -= Tremolo ? frames : 0;
             } else if (!Panner || panner.left >= frames) {
-                mixFramesHere<L, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerReads);
+                mixFramesHere<N, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerReads);
                 panner.walker = pannerReads.walker;
                 panner.left -= Panner ? frames : 0;
             } else {
-                mixFramesHere<L, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerSteps);
+                mixFramesHere<N, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerSteps);
             }
         }
         i += frames;
@@ -294,26 +309,29 @@ void mixBlock(MixJob& job)
     finish<Tremolo, Panner>(tremolo, panner);
 }
 
-template <class L, bool Tremolo, bool Panner>
+template <class L, class N, bool Tremolo, bool Panner>
 [[gnu::noinline]] void mixRuns(const MixJob& job)
 {
     StretchReads tremolo{job.tremolo->table, IndexWalker::from(job.tremolo->runIndices)};
     StretchReads panner{job.panner->table, IndexWalker::from(job.panner->runIndices)};
-    const int32_t vectorEnd = job.frames & ~(L::width - 1);
-    mixFramesHere<L, Tremolo, Panner>(job, 0, vectorEnd, tremolo, panner);
+    const int32_t wideEnd = job.frames & ~(L::width - 1);
+    const int32_t narrowEnd = job.frames & ~(N::width - 1);
+    mixFramesHere<L, Tremolo, Panner>(job, 0, wideEnd, tremolo, panner);
     // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
-    if (vectorEnd != job.frames)
-        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremolo, panner);
+    if (narrowEnd != wideEnd)
+        mixFramesHere<N, Tremolo, Panner>(job, wideEnd, narrowEnd, tremolo, panner);
+    if (narrowEnd != job.frames)
+        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, narrowEnd, job.frames, tremolo, panner);
 }
 
 // The loops in the order MixFunctions keeps them.
-template <class L>
+template <class L, class N>
 constexpr MixFunctions mixFunctions()
 {
-    return {{mixBlock<L, false, false>, mixBlock<L, true, false>, mixBlock<L, false, true>,
-             mixBlock<L, true, true>},
-            {mixRuns<L, false, false>, mixRuns<L, true, false>, mixRuns<L, false, true>,
-             mixRuns<L, true, true>}};
+    return {{mixBlock<L, N, false, false>, mixBlock<L, N, true, false>,
+             mixBlock<L, N, false, true>, mixBlock<L, N, true, true>},
+            {mixRuns<L, N, false, false>, mixRuns<L, N, true, false>, mixRuns<L, N, false, true>,
+             mixRuns<L, N, true, true>}};
 }
 
 } // namespace

@@ -1,37 +1,4 @@
-#include <emmintrin.h>
-
-#include <algorithm>
-
-#include "effect/MixKernel.h"
-#include "effect/OscillatorSteps.h"
-
 #include "effect/MixKernel.inl"
+#include "effect/MixLanesSse2.h"
 
-namespace {
-
-struct Sse2Lanes {
-    using F = __m128;
-    static constexpr int32_t width = 4;
-    static F load(const float* p) { return _mm_loadu_ps(p); }
-    static void store(float* p, F v) { _mm_storeu_ps(p, v); }
-    static F splat(float v) { return _mm_set1_ps(v); }
-    static F add(F a, F b) { return _mm_add_ps(a, b); }
-    static F sub(F a, F b) { return _mm_sub_ps(a, b); }
-    static F mul(F a, F b) { return _mm_mul_ps(a, b); }
-    static F min(F a, F b) { return _mm_min_ps(a, b); }
-    static F max(F a, F b) { return _mm_max_ps(a, b); }
-    // Scalar loads: the indices come from integer registers, and no gather instruction exists.
-    template <class Indices>
-    static F lookup(const float* table, Indices& walker)
-    {
-        const __m128 a = _mm_load_ss(table + walker.next());
-        const __m128 b = _mm_load_ss(table + walker.next());
-        const __m128 c = _mm_load_ss(table + walker.next());
-        const __m128 d = _mm_load_ss(table + walker.next());
-        return _mm_movelh_ps(_mm_unpacklo_ps(a, b), _mm_unpacklo_ps(c, d));
-    }
-};
-
-} // namespace
-
-const MixFunctions mixSse2 = mixFunctions<Sse2Lanes>();
+const MixFunctions mixSse2 = mixFunctions<Sse2Lanes, Sse2Lanes>();

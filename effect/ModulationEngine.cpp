@@ -31,17 +31,32 @@ bool separateBuffers(const float* inL, const float* inR, const float* outL, cons
 
 } // namespace
 
-ModulationEngine::ModulationEngine(bool allowAvx2)
-    : kernel(&mixSse2), lastBlock(blockSettings(lastSettings))
+ModulationEngine::Kernel ModulationEngine::chooseKernel(Kernel widest)
 {
+    __builtin_cpu_init();
+    const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
+    // Gathers pay only where they are fast: on Intel processors with AVX-512 one gather of
+    // sixteen table entries beats sixteen loads and their shuffles, while AMD's are slower than
+    // the loads (measured for eight entries on Zen 4).
+    if (widest == Kernel::Avx512 && avx2 && __builtin_cpu_supports("avx512f") &&
+        __builtin_cpu_is("intel"))
+        return Kernel::Avx512;
+    if (widest != Kernel::Sse2 && avx2)
+        return Kernel::Avx2;
+    return Kernel::Sse2;
+}
+
+ModulationEngine::ModulationEngine(Kernel widest)
+    : inUse(chooseKernel(widest)), lastBlock(blockSettings(lastSettings))
+{
+    static const MixFunctions* const kernels[] = {&mixSse2, &mixAvx2, &mixAvx512};
+    kernel = kernels[static_cast<int>(inUse)];
+    shortBlockKernel = inUse == Kernel::Avx512 ? &mixAvx2 : kernel;
     tremoloOscillator.length = static_cast<float>(kTremoloLength);
     tremoloOscillator.table = sine_tables::tremoloTable();
     pannerOscillator.length = static_cast<float>(kPannerLength);
     pannerOscillator.table = sine_tables::pannerTable();
     takeSettings();
-    __builtin_cpu_init();
-    if (allowAvx2 && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"))
-        kernel = &mixAvx2;
 }
 
 void ModulationEngine::takeSettings()
@@ -93,15 +108,17 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
     tremoloOscillator.index = tremoloIndex;
     pannerOscillator.phase = pannerPhase;
     pannerOscillator.index = pannerIndex;
+    // Every kernel leaves the oscillators as the plain loop does, so any block may take any one.
+    const MixFunctions* const mix = frames < kWideBlock ? shortBlockKernel : kernel;
     if ((!block.tremoloOn || runCovers(tremoloOscillator, frames)) &&
         (!block.pannerOn || runCovers(pannerOscillator, frames))) {
-        kernel->runs[stagesRunning(job)](job);
+        mix->runs[stagesRunning(job)](job);
         if (block.tremoloOn)
             advanceRun(tremoloOscillator, frames);
         if (block.pannerOn)
             advanceRun(pannerOscillator, frames);
     } else {
-        kernel->block[stagesRunning(job)](job); // moves only the oscillators of running stages
+        mix->block[stagesRunning(job)](job); // moves only the oscillators of running stages
     }
     tremoloPhase = tremoloOscillator.phase;
     tremoloIndex = tremoloOscillator.index;

@@ -13,18 +13,29 @@
 
 class ModulationEngine : public OscillatorState {
 public:
-    // Uses AVX2 when the processor has it (with BMI2) and allowAvx2 is set, SSE2 otherwise.
-    explicit ModulationEngine(bool allowAvx2 = true);
+    // The instruction sets the engine has a kernel for, narrowest first.
+    enum class Kernel { Sse2, Avx2, Avx512 };
+
+    // Uses the widest kernel up to `widest` that suits the processor (see chooseKernel).
+    explicit ModulationEngine(Kernel widest = Kernel::Avx512);
 
     // outL/outR may be the same buffers as inL/inR. frames <= 0 touches nothing.
     void process(const float* inL, const float* inR, float* outL, float* outR, int32_t frames,
                  const EngineSettings& settings);
 
-    bool usesAvx2() const { return kernel == &mixAvx2; }
+    Kernel kernelInUse() const { return inUse; }
+
+    // The widest kernel up to `widest` that this processor runs, and runs fast.
+    static Kernel chooseKernel(Kernel widest);
 
 private:
     void takeSettings(); // from lastBlock into the job and the oscillators
+    Kernel inUse;
     const MixFunctions* kernel;
+    // The kernel for blocks shorter than kWideBlock: sixteen-frame vectors lose on those, two or
+    // three per block, to the set-up each stretch of them needs.
+    static constexpr int32_t kWideBlock = 256;
+    const MixFunctions* shortBlockKernel;
     // The last block's settings and what they came to: hosts change them far less often than
     // every block, and deriving them costs as much as the frames of a short block.
     EngineSettings lastSettings;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "EngineTwin.h"
@@ -71,12 +72,20 @@ EngineSettings randomSettings(std::mt19937& random)
     return settings;
 }
 
-class EngineMatchesReference : public ::testing::TestWithParam<bool> {};
+using Kernel = ModulationEngine::Kernel;
+
+class EngineMatchesReference : public ::testing::TestWithParam<Kernel> {};
+
+std::string kernelName(const ::testing::TestParamInfo<Kernel>& info)
+{
+    constexpr const char* names[] = {"Sse2", "Avx2", "Avx512"};
+    return names[static_cast<int>(info.param)];
+}
 
 } // namespace
 
-INSTANTIATE_TEST_SUITE_P(Kernels, EngineMatchesReference, ::testing::Values(false, true),
-                         [](const auto& info) { return info.param ? "Avx2" : "Sse2"; });
+INSTANTIATE_TEST_SUITE_P(Kernels, EngineMatchesReference,
+                         ::testing::Values(Kernel::Sse2, Kernel::Avx2, Kernel::Avx512), kernelName);
 
 // One buffer holding the left channel at offset 0 and the right at 1000, for tests in which
 // inputs and outputs share memory.
@@ -94,8 +103,14 @@ TEST_P(EngineMatchesReference, KernelIsTheOneAskedForWhenTheProcessorHasIt)
 {
     const ModulationEngine engine(GetParam());
     __builtin_cpu_init();
-    EXPECT_EQ(engine.usesAvx2(),
-              GetParam() && __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2"));
+    const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
+    const bool avx512 = avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_is("intel");
+    Kernel expected = Kernel::Sse2;
+    if (GetParam() == Kernel::Avx512 && avx512)
+        expected = Kernel::Avx512;
+    else if (GetParam() != Kernel::Sse2 && avx2)
+        expected = Kernel::Avx2;
+    EXPECT_EQ(engine.kernelInUse(), expected);
 }
 
 TEST_P(EngineMatchesReference, RandomSettingsChangingBetweenBlocksOverMillionsOfFrames)

@@ -18,7 +18,7 @@ struct TestAudio {
 };
 
 struct EngineTwin {
-    explicit EngineTwin(bool allowAvx2) : fast(allowAvx2) {}
+    explicit EngineTwin(ModulationEngine::Kernel kernel) : fast(kernel) {}
 
     void setState(const OscillatorState& state);
 

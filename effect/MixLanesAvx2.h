@@ -1,0 +1,31 @@
+// Eight frames a step, for the block loop in MixKernel.inl. Only for code compiled with AVX2
+// allowed: included after that target switch.
+#pragma once
+
+#include "effect/MixLanesSse2.h"
+
+namespace {
+
+struct Avx2Lanes {
+    using F = __m256;
+    static constexpr int32_t width = 8;
+    static F load(const float* p) { return _mm256_loadu_ps(p); }
+    static void store(float* p, F v) { _mm256_storeu_ps(p, v); }
+    static F splat(float v) { return _mm256_set1_ps(v); }
+    static F add(F a, F b) { return _mm256_add_ps(a, b); }
+    static F sub(F a, F b) { return _mm256_sub_ps(a, b); }
+    static F mul(F a, F b) { return _mm256_mul_ps(a, b); }
+    static F min(F a, F b) { return _mm256_min_ps(a, b); }
+    static F max(F a, F b) { return _mm256_max_ps(a, b); }
+    // Scalar loads beat vgatherdps here: the indices are in integer registers already, and on
+    // AMD processors the gather instruction is slower than eight loads.
+    template <class Indices>
+    static F lookup(const float* table, Indices& walker)
+    {
+        const __m128 low = Sse2Lanes::lookup(table, walker);
+        const __m128 high = Sse2Lanes::lookup(table, walker);
+        return _mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1);
+    }
+};
+
+} // namespace
