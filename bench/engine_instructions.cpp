@@ -14,7 +14,8 @@
 int main(int argc, char** argv)
 {
     if (argc != 4 && argc != 5) {
-        std::fprintf(stderr, "usage: %s plain|sse2|avx2|avx512 <block frames> <total frames> [1|9]\n",
+        std::fprintf(stderr,
+                     "usage: %s plain|sse2|avx2|avx512 <block frames> <total frames> [1|9]\n",
                      argv[0]);
         return 2;
     }
