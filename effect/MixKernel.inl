@@ -1,13 +1,12 @@
 // The block loop, written once over lane types and compiled once per instruction set: the file
-// that includes it chooses the target and the lane types (MixLanes*.h). A kernel runs the long
-// stretches at its own width, L, and the frames around a stretch end at a narrower one, N, so
-// that fewer frames are read one at a time. Everything here has internal linkage, so no instance
-// compiled for a wider set can stand in for the baseline one at link time.
+// that includes it chooses the target and the lane type (MixLanes*.h). Everything here has
+// internal linkage, so no instance compiled for a wider set can stand in for the baseline one at
+// link time.
 //
 // A lane type offers: F (a vector of floats), width, load, store, splat, add, sub, mul, min and
 // max with the x86 rules (min(a, b) = a < b ? a : b, max(a, b) = a > b ? a : b), and lookup,
 // which reads the table entries of `width` consecutive frames, their indices from a source's
-// next().
+// next(), and progression, which lists a stretch's indices a vector at a time.
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -18,28 +17,19 @@ namespace {
 
 // Hands out a stretch's table indices frame by frame, one addition and one shift each. The
 // mantissa is kept shifted so that the index is its upper half: every walker then shifts by the
-// same constant, and the frame loop needs no register for either oscillator's shift. Whole
-// registers wide: a walker goes through memory between segments of a block, and fields stored and
-// loaded at one width never make a load wait for a store it only partly overlaps.
+// same constant, and the frame loop needs no register for either oscillator's shift.
 struct IndexWalker {
     static constexpr uint32_t kIndexBits = 32;
 
-    uint64_t step;     // the run's step << up
-    uint64_t position; // the mantissa << up
-    uint64_t up;       // kIndexBits - the run's shift
+    uint64_t step;     // the run's step, shifted as the position is
+    uint64_t position; // the mantissa << (kIndexBits - the run's shift)
 
     // Shifts of at most 23 leave a 24-bit mantissa well inside the 64 bits.
     static IndexWalker from(const IndexSteps& steps)
     {
         const uint64_t up = kIndexBits - steps.shift;
         return {static_cast<uint64_t>(steps.step) << up,
-                static_cast<uint64_t>(steps.mantissa) << up, up};
-    }
-
-    IndexSteps steps() const
-    {
-        return {static_cast<uint32_t>(step >> up), static_cast<uint32_t>(kIndexBits - up),
-                static_cast<uint32_t>(position >> up)};
+                static_cast<uint64_t>(steps.mantissa) << up};
     }
 
     uint64_t next()
@@ -53,12 +43,13 @@ struct IndexWalker {
     }
 };
 
-// One running oscillator's table reads through a block, stretch after stretch.
+// One running oscillator's stretches through a block: it plans them and hands out where each
+// stands, to a walker for long ones or as a list of indices where stretches end soon.
 class TableReader {
 public:
     TableReader(KernelOscillator& oscillator, int32_t blockFrames)
-        : table(oscillator.table), oscillator(oscillator), phase(oscillator.phase),
-          index(oscillator.index), unplanned(blockFrames)
+        : oscillator(oscillator), phase(oscillator.phase), index(oscillator.index),
+          unplanned(blockFrames)
     {
         const int32_t resumed = runFrames(oscillator, blockFrames);
         if (resumed > 0) {
@@ -73,7 +64,7 @@ public:
         }
     }
 
-    // Frames left in the current stretch, starting the next one when it is used up.
+    // Frames left in the current stretch, planning the next one when it is used up.
     int32_t ready()
     {
         if (left == 0)
@@ -81,13 +72,27 @@ public:
         return left;
     }
 
-    // The index of the next frame, across stretch ends.
-    uint64_t next()
+    // Where the current stretch stands; the caller reads `frames` of its frames itself.
+    IndexSteps take(int32_t frames)
     {
-        if (left == 0)
-            plan();
-        --left;
-        return walker.next();
+        const IndexSteps now = current;
+        current.mantissa += static_cast<uint32_t>(frames) * current.step;
+        left -= frames;
+        return now;
+    }
+
+    // Lists the indices of the next `count` frames in indices[0, count); L writes whole vectors,
+    // so the list has room for L::width - 1 more.
+    template <class L>
+    void list(uint32_t* indices, int32_t count)
+    {
+        for (int32_t listed = 0; listed < count;) {
+            if (left == 0)
+                plan();
+            const int32_t frames = std::min(left, count - listed);
+            L::progression(indices + listed, frames, take(frames));
+            listed += frames;
+        }
     }
 
     // Leaves the oscillator where the block ends, with the run it is in.
@@ -99,14 +104,10 @@ public:
         oscillator.inRun = stretch.run;
         oscillator.runPhaseBits = std::bit_cast<uint32_t>(now);
         oscillator.runIncrementBits = std::bit_cast<uint32_t>(oscillator.increment);
-        oscillator.runIndices = walker.steps();
+        oscillator.runIndices = current;
         oscillator.runBitStep = stretch.bitStep;
         oscillator.runLimitBits = stretch.limitBits;
     }
-
-    const float* const table;
-    IndexWalker walker{};
-    int32_t left = 0; // frames of the current stretch not yet read
 
 private:
     // Stretches never reach past the block, so each one is read to its end.
@@ -120,15 +121,17 @@ private:
     {
         unplanned -= stretch.frames;
         left = stretch.frames;
-        walker = IndexWalker::from(stretch.indices);
+        current = stretch.indices;
         phase = stretch.phaseAfter(stretch.frames);
         index = static_cast<uint32_t>(phase);
     }
 
     KernelOscillator& oscillator;
     Stretch stretch;
-    float phase;    // after the current stretch
-    uint32_t index; // read by the frame after the current stretch
+    IndexSteps current; // the next frame's index and the step to the one after
+    int32_t left = 0;   // frames of the current stretch not yet handed out
+    float phase;        // after the current stretch
+    uint32_t index;     // read by the frame after the current stretch
     int32_t unplanned;
 };
 
@@ -144,14 +147,17 @@ struct StretchReads {
     }
 };
 
-// Table reads frame by frame, across stretch ends.
-struct FrameReads {
-    TableReader* reader;
+// Table reads from indices listed beforehand.
+struct ListedReads {
+    const float* table;
+    const uint32_t* indices;
+
+    uint32_t next() { return *indices++; }
 
     template <class L>
     typename L::F read()
     {
-        return L::lookup(reader->table, *reader);
+        return L::lookup(table, *this);
     }
 };
 
@@ -215,123 +221,84 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
     }
 }
 
-// The same for stretches of both oscillators, out of line so that the long loops' registers are
-// allocated for them alone. The walkers' steps and positions travel in registers (a walker passed
-// whole would go through the stack) and come back as the two positions they reach.
-struct Positions {
-    uint64_t tremolo;
-    uint64_t panner;
-};
-
+// Frames [from, to) of both oscillators' current stretches, from walkers kept in registers.
 template <class L, bool Tremolo, bool Panner>
-[[gnu::noinline]] Positions mixStretchFrames(const MixJob& job, Positions steps, Positions start,
-                                             int32_t from, int32_t to)
+[[gnu::noinline]] void mixStretches(const MixJob& job, int32_t from, int32_t to,
+                                    IndexSteps tremoloSteps, IndexSteps pannerSteps)
 {
-    StretchReads tremolo{job.tremolo->table, {steps.tremolo, start.tremolo, 0}};
-    StretchReads panner{job.panner->table, {steps.panner, start.panner, 0}};
-    mixFramesHere<L, Tremolo, Panner>(job, from, to, tremolo, panner);
-    return {tremolo.walker.position, panner.walker.position};
+    StretchReads tremolo{job.tremolo->table, IndexWalker::from(tremoloSteps)};
+    StretchReads panner{job.panner->table, IndexWalker::from(pannerSteps)};
+    const int32_t vectorEnd = from + ((to - from) & ~(L::width - 1));
+    mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremolo, panner);
+    // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
+    if (vectorEnd != to)
+        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, to, tremolo, panner);
 }
 
-// Runs frames [from, to) of both oscillators' current stretches.
+// A block the running oscillators' runs cover.
 template <class L, bool Tremolo, bool Panner>
-void mixStretches(const MixJob& job, int32_t from, int32_t to, IndexWalker& tremolo,
-                  IndexWalker& panner)
+void mixRuns(const MixJob& job)
 {
-    const Positions reached = mixStretchFrames<L, Tremolo, Panner>(
-        job, {tremolo.step, panner.step}, {tremolo.position, panner.position}, from, to);
-    tremolo.position = reached.tremolo;
-    panner.position = reached.panner;
+    mixStretches<L, Tremolo, Panner>(job, 0, job.frames, job.tremolo->runIndices,
+                                     job.panner->runIndices);
 }
 
-template <bool Tremolo, bool Panner>
-void finish(TableReader& tremolo, TableReader& panner)
+// Stretches this long are read by walkers in registers, which costs less per frame than lists.
+constexpr int32_t kWalkedFrames = 64;
+// Frames listed at a time where stretches end: the lists stay in the first-level cache.
+constexpr int32_t kListedFrames = 128;
+
+// Any block: where both oscillators' stretches go on for a while the frames are read by walkers,
+// and where one ends soon a stretch of frames is listed ahead, so that the frame loop never
+// stops at a stretch end.
+template <class L, bool Tremolo, bool Panner>
+void mixBlock(MixJob& job)
 {
+    TableReader tremolo(*job.tremolo, job.frames);
+    TableReader panner(*job.panner, job.frames);
+    alignas(64) uint32_t tremoloIndices[kListedFrames + L::width];
+    alignas(64) uint32_t pannerIndices[kListedFrames + L::width];
+    for (int32_t from = 0; from < job.frames;) {
+        int32_t frames = job.frames - from;
+        if (Tremolo)
+            frames = std::min(frames, tremolo.ready());
+        if (Panner)
+            frames = std::min(frames, panner.ready());
+        if (frames >= kWalkedFrames) {
+            if (from + frames != job.frames)
+                frames &= ~(L::width - 1);
+            mixStretches<L, Tremolo, Panner>(job, from, from + frames,
+                                             Tremolo ? tremolo.take(frames) : IndexSteps{},
+                                             Panner ? panner.take(frames) : IndexSteps{});
+        } else {
+            frames = std::min(job.frames - from, kListedFrames);
+            if (Tremolo)
+                tremolo.list<L>(tremoloIndices, frames);
+            if (Panner)
+                panner.list<L>(pannerIndices, frames);
+            ListedReads tremoloReads{job.tremolo->table, tremoloIndices};
+            ListedReads pannerReads{job.panner->table, pannerIndices};
+            const int32_t vectorEnd = from + (frames & ~(L::width - 1));
+            mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremoloReads, pannerReads);
+            mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, from + frames,
+                                                        tremoloReads, pannerReads);
+        }
+        from += frames;
+    }
     if (Tremolo)
         tremolo.finish();
     if (Panner)
         panner.finish();
 }
 
-template <class L, class N, bool Tremolo, bool Panner>
-void mixBlock(MixJob& job)
-{
-    static_assert((L::width & (L::width - 1)) == 0 && (N::width & (N::width - 1)) == 0);
-    static_assert(N::width <= L::width);
-    constexpr int32_t wholeVectors = ~(N::width - 1);
-    TableReader tremolo(*job.tremolo, job.frames);
-    TableReader panner(*job.panner, job.frames);
-    const int32_t vectorEnd = job.frames & wholeVectors;
-    for (int32_t i = 0; i < vectorEnd;) {
-        // As many whole vectors as both current stretches cover, wide ones where they can be.
-        int32_t frames = vectorEnd - i;
-        if (Tremolo)
-            frames = std::min(frames, tremolo.ready());
-        if (Panner)
-            frames = std::min(frames, panner.ready());
-        if (frames >= L::width)
-            frames &= ~(L::width - 1);
-        else
-            frames &= wholeVectors;
-        if (frames >= L::width) {
-            mixStretches<L, Tremolo, Panner>(job, i, i + frames, tremolo.walker, panner.walker);
-            tremolo.left -= Tremolo ? frames : 0;
-            panner.left -= Panner ? frames : 0;
-        } else if (frames > 0) {
-            mixStretches<N, Tremolo, Panner>(job, i, i + frames, tremolo.walker, panner.walker);
-            tremolo.left -= Tremolo ? frames : 0;
-            panner.left -= Panner ? frames : 0;
-        } else {
-            // A stretch ends inside the next narrow vector: that oscillator reads frame by frame.
-            frames = N::width;
-            StretchReads tremoloReads{tremolo.table, tremolo.walker};
-            StretchReads pannerReads{panner.table, panner.walker};
-            FrameReads tremoloSteps{&tremolo};
-            FrameReads pannerSteps{&panner};
-            if (!Tremolo || tremolo.left >= frames) {
-                mixFramesHere<N, Tremolo, Panner>(job, i, i + frames, tremoloReads, pannerSteps);
-                tremolo.walker = tremoloReads.walker;
-                tremolo.left -= Tremolo ? frames : 0;
-            } else if (!Panner || panner.left >= frames) {
-                mixFramesHere<N, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerReads);
-                panner.walker = pannerReads.walker;
-                panner.left -= Panner ? frames : 0;
-            } else {
-                mixFramesHere<N, Tremolo, Panner>(job, i, i + frames, tremoloSteps, pannerSteps);
-            }
-        }
-        i += frames;
-    }
-    FrameReads tremoloReads{&tremolo};
-    FrameReads pannerReads{&panner};
-    mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, job.frames, tremoloReads,
-                                                pannerReads);
-    finish<Tremolo, Panner>(tremolo, panner);
-}
-
-template <class L, class N, bool Tremolo, bool Panner>
-[[gnu::noinline]] void mixRuns(const MixJob& job)
-{
-    StretchReads tremolo{job.tremolo->table, IndexWalker::from(job.tremolo->runIndices)};
-    StretchReads panner{job.panner->table, IndexWalker::from(job.panner->runIndices)};
-    const int32_t wideEnd = job.frames & ~(L::width - 1);
-    const int32_t narrowEnd = job.frames & ~(N::width - 1);
-    mixFramesHere<L, Tremolo, Panner>(job, 0, wideEnd, tremolo, panner);
-    // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
-    if (narrowEnd != wideEnd)
-        mixFramesHere<N, Tremolo, Panner>(job, wideEnd, narrowEnd, tremolo, panner);
-    if (narrowEnd != job.frames)
-        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, narrowEnd, job.frames, tremolo, panner);
-}
-
 // The loops in the order MixFunctions keeps them.
-template <class L, class N>
+template <class L>
 constexpr MixFunctions mixFunctions()
 {
-    return {{mixBlock<L, N, false, false>, mixBlock<L, N, true, false>,
-             mixBlock<L, N, false, true>, mixBlock<L, N, true, true>},
-            {mixRuns<L, N, false, false>, mixRuns<L, N, true, false>, mixRuns<L, N, false, true>,
-             mixRuns<L, N, true, true>}};
+    return {{mixBlock<L, false, false>, mixBlock<L, true, false>, mixBlock<L, false, true>,
+             mixBlock<L, true, true>},
+            {mixRuns<L, false, false>, mixRuns<L, true, false>, mixRuns<L, false, true>,
+             mixRuns<L, true, true>}};
 }
 
 } // namespace

@@ -20,6 +20,6 @@
 #include "effect/MixKernel.inl"
 #include "effect/MixLanesAvx2.h"
 
-const MixFunctions mixAvx2 = mixFunctions<Avx2Lanes, Sse2Lanes>();
+const MixFunctions mixAvx2 = mixFunctions<Avx2Lanes>();
 
 #pragma GCC pop_options

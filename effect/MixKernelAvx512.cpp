@@ -23,7 +23,7 @@
 #include "effect/MixKernel.inl"
 #include "effect/MixLanesAvx512.h"
 
-const MixFunctions mixAvx512 = mixFunctions<Avx512Lanes, Avx2Lanes>();
+const MixFunctions mixAvx512 = mixFunctions<Avx512Lanes>();
 
 #pragma GCC diagnostic pop
 #pragma GCC pop_options

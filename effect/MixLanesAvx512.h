@@ -18,6 +18,29 @@ struct Avx512Lanes {
     static F min(F a, F b) { return _mm512_min_ps(a, b); }
     static F max(F a, F b) { return _mm512_max_ps(a, b); }
 
+    static void progression(uint32_t* out, int32_t count, const IndexSteps& steps)
+    {
+        const auto s = static_cast<int32_t>(steps.step);
+        __m512i value = _mm512_add_epi32(
+            _mm512_set1_epi32(static_cast<int32_t>(steps.mantissa)),
+            _mm512_mullo_epi32(_mm512_set1_epi32(s), _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8,
+                                                                       9, 10, 11, 12, 13, 14, 15)));
+        const __m512i stride = _mm512_set1_epi32(16 * s);
+        const __m128i shift = _mm_cvtsi32_si128(static_cast<int32_t>(steps.shift));
+        for (int32_t j = 0; j < count; j += 16) {
+            _mm512_storeu_si512(out + j, _mm512_srl_epi32(value, shift));
+            value = _mm512_add_epi32(value, stride);
+        }
+    }
+
+    // Listed indices: one load and one gather.
+    static F lookup(const float* table, ListedReads& reads)
+    {
+        const __m512i indices = _mm512_loadu_si512(reads.indices);
+        reads.indices += width;
+        return _mm512_i32gather_ps(indices, table, sizeof(float));
+    }
+
     // Inside a stretch the sixteen indices follow from the walker's position in vector registers,
     // and one gather reads them: on the processors this kernel is chosen for, that beats sixteen
     // loads and the shuffles that join them.
