@@ -3,13 +3,14 @@
 // internal linkage, so no instance compiled for a wider set can stand in for the baseline one at
 // link time.
 //
-// A lane type offers: F (a vector of floats), width, load, store, splat, add, sub, mul, min and
-// max with the x86 rules (min(a, b) = a < b ? a : b, max(a, b) = a > b ? a : b), and lookup,
-// which reads the table entries of `width` consecutive frames, their indices from a source's
-// next(), and progression, which lists a stretch's indices a vector at a time.
+// A lane type offers: F and U (vectors of floats and of 32-bit unsigned integers), width, load,
+// store, splat, add, sub, mul, min and max with the x86 rules (min(a, b) = a < b ? a : b,
+// max(a, b) = a > b ? a : b), and lookup, which reads the table entries of `width` consecutive
+// frames, their indices from a source's next().
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "effect/MixKernel.h"
 
@@ -42,6 +43,23 @@ struct IndexWalker {
         return index;
     }
 };
+
+// Writes the indices (mantissa + j * step) >> shift of a stretch's frames j in [0, count), whole
+// vectors of L::width at a time, in the vector instructions of the kernel including this.
+template <class L>
+void progression(uint32_t* out, int32_t count, const IndexSteps& steps)
+{
+    using Indices = typename L::U;
+    Indices value;
+    for (int32_t lane = 0; lane < L::width; ++lane)
+        value[lane] = steps.mantissa + static_cast<uint32_t>(lane) * steps.step;
+    const uint32_t stride = L::width * steps.step;
+    for (int32_t j = 0; j < count; j += L::width) {
+        const Indices indices = value >> steps.shift;
+        std::memcpy(out + j, &indices, sizeof indices);
+        value += stride;
+    }
+}
 
 // One running oscillator's stretches through a block: it plans them and hands out where each
 // stands, to a walker for long ones or as a list of indices where stretches end soon.
@@ -90,7 +108,7 @@ public:
             if (left == 0)
                 plan();
             const int32_t frames = std::min(left, count - listed);
-            L::progression(indices + listed, frames, take(frames));
+            progression<L>(indices + listed, frames, take(frames));
             listed += frames;
         }
     }

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "effect/MixKernel.h"
 #include "effect/OscillatorSteps.h"
-
 
 // Everything from here on may use AVX2 and BMI2 (never FMA: products and sums stay separately
 // rounded; BMI2 shifts by any register, which the index arithmetic needs twice at once).

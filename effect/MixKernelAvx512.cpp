@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
+#include <cstring>
 
 #include "effect/MixKernel.h"
 #include "effect/OscillatorSteps.h"
-
 
 // Everything from here on may use AVX-512F, AVX2 and BMI2 (never FMA: products and sums stay
 // separately rounded). Only mixAvx512 is reachable from outside, and the engine calls it only on

@@ -8,6 +8,7 @@ namespace {
 
 struct Avx512Lanes {
     using F = __m512;
+    typedef uint32_t U __attribute__((vector_size(64)));
     static constexpr int32_t width = 16;
     static F load(const float* p) { return _mm512_loadu_ps(p); }
     static void store(float* p, F v) { _mm512_storeu_ps(p, v); }
@@ -17,21 +18,6 @@ struct Avx512Lanes {
     static F mul(F a, F b) { return _mm512_mul_ps(a, b); }
     static F min(F a, F b) { return _mm512_min_ps(a, b); }
     static F max(F a, F b) { return _mm512_max_ps(a, b); }
-
-    static void progression(uint32_t* out, int32_t count, const IndexSteps& steps)
-    {
-        const auto s = static_cast<int32_t>(steps.step);
-        __m512i value = _mm512_add_epi32(
-            _mm512_set1_epi32(static_cast<int32_t>(steps.mantissa)),
-            _mm512_mullo_epi32(_mm512_set1_epi32(s), _mm512_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7, 8,
-                                                                       9, 10, 11, 12, 13, 14, 15)));
-        const __m512i stride = _mm512_set1_epi32(16 * s);
-        const __m128i shift = _mm_cvtsi32_si128(static_cast<int32_t>(steps.shift));
-        for (int32_t j = 0; j < count; j += 16) {
-            _mm512_storeu_si512(out + j, _mm512_srl_epi32(value, shift));
-            value = _mm512_add_epi32(value, stride);
-        }
-    }
 
     // Listed indices: one load and one gather.
     static F lookup(const float* table, ListedReads& reads)

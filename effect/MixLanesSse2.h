@@ -12,6 +12,7 @@ namespace {
 // Loads and unpacks, not insertps from memory, which is slower on AMD processors.
 struct Sse2Lanes {
     using F = __m128;
+    typedef uint32_t U __attribute__((vector_size(16)));
     static constexpr int32_t width = 4;
     static F load(const float* p) { return _mm_loadu_ps(p); }
     static void store(float* p, F v) { _mm_storeu_ps(p, v); }
@@ -21,20 +22,6 @@ struct Sse2Lanes {
     static F mul(F a, F b) { return _mm_mul_ps(a, b); }
     static F min(F a, F b) { return _mm_min_ps(a, b); }
     static F max(F a, F b) { return _mm_max_ps(a, b); }
-    // Writes the indices (mantissa + j * step) >> shift of a stretch's frames j in [0, count),
-    // whole vectors at a time.
-    static void progression(uint32_t* out, int32_t count, const IndexSteps& steps)
-    {
-        const auto s = static_cast<int32_t>(steps.step);
-        __m128i value = _mm_add_epi32(_mm_set1_epi32(static_cast<int32_t>(steps.mantissa)),
-                                      _mm_setr_epi32(0, s, 2 * s, 3 * s));
-        const __m128i stride = _mm_set1_epi32(4 * s);
-        const __m128i shift = _mm_cvtsi32_si128(static_cast<int32_t>(steps.shift));
-        for (int32_t j = 0; j < count; j += 4) {
-            _mm_storeu_si128(reinterpret_cast<__m128i*>(out + j), _mm_srl_epi32(value, shift));
-            value = _mm_add_epi32(value, stride);
-        }
-    }
     template <class Indices>
     static F lookup(const float* table, Indices& walker)
     {

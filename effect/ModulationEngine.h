@@ -25,10 +25,10 @@ public:
 
     Kernel kernelInUse() const { return inUse; }
 
+private:
     // The widest kernel up to `widest` that this processor runs, and runs fast.
     static Kernel chooseKernel(Kernel widest);
 
-private:
     void takeSettings(); // from lastBlock into the job and the oscillators
     Kernel inUse;
     const MixFunctions* kernel;
