@@ -1,9 +1,12 @@
 #!/bin/sh
 # Instructions per stereo frame of the plain loop and the vector engine, counted by callgrind
 # inside the engines' process functions only (table building and start-up excluded).
-#   bench/count_engine_instructions.sh [build directory]
+#   bench/count_engine_instructions.sh [build directory [factory program ...]]
+# The programs default to 1 "Waves" and 9 "Rotary".
 set -e
 build=${1:-build}
+[ $# -gt 0 ] && shift
+programs=${*:-1 9}
 driver="$build/bench/engine_instructions"
 frames=1048576
 out=$(mktemp -d)
@@ -16,7 +19,7 @@ count() { # engine block function program
 }
 
 printf '%-8s %-6s %8s %8s %8s\n' program block plain sse2 avx2
-for program in 1 9; do
+for program in $programs; do
     for block in 32 512 4096; do
         plain=$(count plain "$block" 'processReference*' "$program")
         sse2=$(count sse2 "$block" 'ModulationEngine::process*' "$program")

@@ -1,6 +1,6 @@
 // Processes a fixed number of frames with one engine, for counting instructions under callgrind
 // (see count_engine_instructions.sh):
-//   engine_instructions plain|sse2|avx2|avx512 <block frames> <total frames> [program 1 or 9]
+//   engine_instructions plain|sse2|avx2|avx512 <block frames> <total frames> [factory program]
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -11,11 +11,13 @@
 #include "effect/ReferenceEngine.h"
 #include "effect/SineTables.h"
 
+#include "bench/FactorySettings.h"
+
 int main(int argc, char** argv)
 {
     if (argc != 4 && argc != 5) {
         std::fprintf(stderr,
-                     "usage: %s plain|sse2|avx2|avx512 <block frames> <total frames> [1|9]\n",
+                     "usage: %s plain|sse2|avx2|avx512 <block frames> <total frames> [0..9]\n",
                      argv[0]);
         return 2;
     }
@@ -37,11 +39,11 @@ int main(int argc, char** argv)
     }
     sine_tables::tremoloTable(); // built here, not inside the counted calls
     OscillatorState plainState;
-    // "Rotary" (9), the fastest oscillators, or "Waves" (1), as in the benchmark.
-    const bool rotary = argc < 5 || std::atoi(argv[4]) == 9;
-    const EngineSettings rotarySettings{0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 7};
-    const EngineSettings wavesSettings{1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7};
-    const EngineSettings& settings = rotary ? rotarySettings : wavesSettings;
+    // "Rotary", the fastest oscillators, unless another factory program is named.
+    const int program = argc < 5 ? 9 : std::atoi(argv[4]);
+    if (program < 0 || program >= kNumPrograms)
+        return 2;
+    const EngineSettings settings = factorySettings(program);
     std::vector<float> inL(block), inR(block), outL(block), outR(block);
     for (int i = 0; i < block; ++i) {
         inL[i] = 0.5f * std::sin(0.05f * static_cast<float>(i));

@@ -15,6 +15,8 @@
 #include "effect/ModulationEngine.h"
 #include "effect/ReferenceEngine.h"
 
+#include "bench/FactorySettings.h"
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -33,18 +35,6 @@ double secondsFor(int64_t blocks, Work&& work)
     return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-// Factory programs with both stages running: "Waves", slow oscillators as most programs have, and
-// "Rotary", the fastest ones, whose phases cross binades and wrap most often.
-EngineSettings program(int64_t number)
-{
-    EngineSettings settings;
-    if (number == 9)
-        settings = {0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 7};
-    else
-        settings = {1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7};
-    return settings;
-}
-
 void EngineVersusPlainLoop(benchmark::State& state)
 {
     const auto frames = static_cast<int32_t>(state.range(0));
@@ -55,7 +45,7 @@ void EngineVersusPlainLoop(benchmark::State& state)
         return;
     }
     OscillatorState plain;
-    const EngineSettings settings = program(state.range(2));
+    const EngineSettings settings = factorySettings(static_cast<int>(state.range(2)));
 
     std::vector<float> inL(frames), inR(frames), outL(frames), outR(frames);
     for (int32_t i = 0; i < frames; ++i) {
@@ -86,9 +76,11 @@ void EngineVersusPlainLoop(benchmark::State& state)
 
 } // namespace
 
-// Arguments: block size, the kernel (0 SSE2, 1 AVX2, 2 AVX-512), the program number.
+// Arguments: block size, the kernel (0 SSE2, 1 AVX2, 2 AVX-512), the factory program (0 to 9;
+// 1 "Waves" has slow oscillators as most programs do, 9 "Rotary" the fastest, whose phases cross
+// binades and wrap most often).
 BENCHMARK(EngineVersusPlainLoop)
     ->ArgNames({"block", "kernel", "program"})
-    ->ArgsProduct({{32, 512, 4096}, {0, 1, 2}, {1, 9}});
+    ->ArgsProduct({{32, 512, 4096}, {0, 1, 2}, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9}});
 
 BENCHMARK_MAIN();
