@@ -35,25 +35,13 @@ struct MixJob {
     int32_t frames; // at least 1
     bool tremoloOn;
     bool pannerOn;
-    KernelOscillator* tremolo;
-    KernelOscillator* panner;
     float tremoloFloor; // 1 - tremolo depth
     float pannerDepth;
     float mix;
+    // Held here rather than pointed to, so that a copied job (and engine) has its own.
+    KernelOscillator tremolo;
+    KernelOscillator panner;
 };
-
-// The oscillators continue the runs they were left in through the whole block, which they do
-// for nearly every block: then each frame's index follows from the run, and nothing is planned.
-inline bool runCovers(const KernelOscillator& oscillator, int32_t frames)
-{
-    const uint32_t phaseBits = std::bit_cast<uint32_t>(oscillator.phase);
-    const IndexSteps& run = oscillator.runIndices;
-    return oscillator.inRun && phaseBits == oscillator.runPhaseBits &&
-           std::bit_cast<uint32_t>(oscillator.increment) == oscillator.runIncrementBits &&
-           oscillator.index == run.mantissa >> run.shift &&
-           phaseBits + static_cast<uint64_t>(frames) * oscillator.runBitStep <
-               oscillator.runLimitBits;
-}
 
 // How many of the next `frames` frames the run the oscillator was left in still covers: 0 when it
 // was left in none or anything changed since, at most `frames`.

@@ -244,8 +244,8 @@ template <class L, bool Tremolo, bool Panner>
 [[gnu::noinline]] void mixStretches(const MixJob& job, int32_t from, int32_t to,
                                     IndexSteps tremoloSteps, IndexSteps pannerSteps)
 {
-    StretchReads tremolo{job.tremolo->table, IndexWalker::from(tremoloSteps)};
-    StretchReads panner{job.panner->table, IndexWalker::from(pannerSteps)};
+    StretchReads tremolo{job.tremolo.table, IndexWalker::from(tremoloSteps)};
+    StretchReads panner{job.panner.table, IndexWalker::from(pannerSteps)};
     const int32_t vectorEnd = from + ((to - from) & ~(L::width - 1));
     mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremolo, panner);
     // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
@@ -257,8 +257,8 @@ template <class L, bool Tremolo, bool Panner>
 template <class L, bool Tremolo, bool Panner>
 void mixRuns(const MixJob& job)
 {
-    mixStretches<L, Tremolo, Panner>(job, 0, job.frames, job.tremolo->runIndices,
-                                     job.panner->runIndices);
+    mixStretches<L, Tremolo, Panner>(job, 0, job.frames, job.tremolo.runIndices,
+                                     job.panner.runIndices);
 }
 
 // Stretches this long are read by walkers in registers, which costs less per frame than lists.
@@ -272,8 +272,8 @@ constexpr int32_t kListedFrames = 128;
 template <class L, bool Tremolo, bool Panner>
 void mixBlock(MixJob& job)
 {
-    TableReader tremolo(*job.tremolo, job.frames);
-    TableReader panner(*job.panner, job.frames);
+    TableReader tremolo(job.tremolo, job.frames);
+    TableReader panner(job.panner, job.frames);
     alignas(64) uint32_t tremoloIndices[kListedFrames + L::width];
     alignas(64) uint32_t pannerIndices[kListedFrames + L::width];
     for (int32_t from = 0; from < job.frames;) {
@@ -294,8 +294,8 @@ void mixBlock(MixJob& job)
                 tremolo.list<L>(tremoloIndices, frames);
             if (Panner)
                 panner.list<L>(pannerIndices, frames);
-            ListedReads tremoloReads{job.tremolo->table, tremoloIndices};
-            ListedReads pannerReads{job.panner->table, pannerIndices};
+            ListedReads tremoloReads{job.tremolo.table, tremoloIndices};
+            ListedReads pannerReads{job.panner.table, pannerIndices};
             const int32_t vectorEnd = from + (frames & ~(L::width - 1));
             mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremoloReads, pannerReads);
             mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, from + frames,

@@ -1,5 +1,7 @@
 #include "effect/ModulationEngine.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstdint>
 #include <cstring>
 
@@ -52,10 +54,10 @@ ModulationEngine::ModulationEngine(Kernel widest)
     static const MixFunctions* const kernels[] = {&mixSse2, &mixAvx2, &mixAvx512};
     kernel = kernels[static_cast<int>(inUse)];
     shortBlockKernel = inUse == Kernel::Avx512 ? &mixAvx2 : kernel;
-    tremoloOscillator.length = static_cast<float>(kTremoloLength);
-    tremoloOscillator.table = sine_tables::tremoloTable();
-    pannerOscillator.length = static_cast<float>(kPannerLength);
-    pannerOscillator.table = sine_tables::pannerTable();
+    job.tremolo.length = static_cast<float>(kTremoloLength);
+    job.tremolo.table = sine_tables::tremoloTable();
+    job.panner.length = static_cast<float>(kPannerLength);
+    job.panner.table = sine_tables::pannerTable();
     takeSettings();
 }
 
@@ -63,8 +65,8 @@ void ModulationEngine::takeSettings()
 {
     job.tremoloOn = lastBlock.tremoloOn;
     job.pannerOn = lastBlock.pannerOn;
-    tremoloOscillator.increment = lastBlock.tremoloIncrement;
-    pannerOscillator.increment = lastBlock.pannerIncrement;
+    job.tremolo.increment = lastBlock.tremoloIncrement;
+    job.panner.increment = lastBlock.pannerIncrement;
     job.tremoloFloor = 1.0f - lastBlock.tremoloDepth;
     job.pannerDepth = lastBlock.pannerDepth;
     job.mix = lastBlock.mix;
@@ -82,10 +84,10 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
             return;
         }
         // Buffers apart over these frames are apart over fewer too.
-        checkedInL = inL;
-        checkedInR = inR;
-        checkedOutL = outL;
-        checkedOutR = outR;
+        checkedInL = job.inL = inL;
+        checkedInR = job.inR = inR;
+        checkedOutL = job.outL = outL;
+        checkedOutR = job.outR = outR;
         checkedFrames = frames;
     }
     // Compared bit for bit (the struct has no padding): a NaN setting is as reusable as any other.
@@ -94,34 +96,53 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
         lastSettings = settings;
         lastBlock = blockSettings(settings);
         takeSettings();
+        coveredFrames = 0; // the block's kernel finds out which runs still hold
     }
-    const BlockSettings& block = lastBlock;
-    job.inL = inL;
-    job.inR = inR;
-    job.outL = outL;
-    job.outR = outR;
     job.frames = frames;
-    // Set every block rather than once: a copied engine must not drive the original's oscillators.
-    job.tremolo = &tremoloOscillator;
-    job.panner = &pannerOscillator;
-    tremoloOscillator.phase = tremoloPhase;
-    tremoloOscillator.index = tremoloIndex;
-    pannerOscillator.phase = pannerPhase;
-    pannerOscillator.index = pannerIndex;
     // Every kernel leaves the oscillators as the plain loop does, so any block may take any one.
-    const MixFunctions* const mix = frames < kWideBlock ? shortBlockKernel : kernel;
-    if ((!block.tremoloOn || runCovers(tremoloOscillator, frames)) &&
-        (!block.pannerOn || runCovers(pannerOscillator, frames))) {
-        mix->runs[stagesRunning(job)](job);
-        if (block.tremoloOn)
-            advanceRun(tremoloOscillator, frames);
-        if (block.pannerOn)
-            advanceRun(pannerOscillator, frames);
+    const MixFunctions& mix = frames < kWideBlock ? *shortBlockKernel : *kernel;
+    static_assert(sizeof(OscillatorState) == 4 * sizeof(uint32_t));
+    const OscillatorState& now = *this;
+    if (frames <= coveredFrames && std::memcmp(&now, &left, sizeof left) == 0) {
+        mix.runs[stagesRunning(job)](job);
+        coveredFrames -= frames;
+        if (job.tremoloOn) {
+            advanceRun(job.tremolo, frames);
+            tremoloPhase = job.tremolo.phase;
+            tremoloIndex = job.tremolo.index;
+        }
+        if (job.pannerOn) {
+            advanceRun(job.panner, frames);
+            pannerPhase = job.panner.phase;
+            pannerIndex = job.panner.index;
+        }
     } else {
-        mix->block[stagesRunning(job)](job); // moves only the oscillators of running stages
+        mixBlock(mix);
     }
-    tremoloPhase = tremoloOscillator.phase;
-    tremoloIndex = tremoloOscillator.index;
-    pannerPhase = pannerOscillator.phase;
-    pannerIndex = pannerOscillator.index;
+    left = now;
+}
+
+void ModulationEngine::mixBlock(const MixFunctions& mix)
+{
+    job.tremolo.phase = tremoloPhase;
+    job.tremolo.index = tremoloIndex;
+    job.panner.phase = pannerPhase;
+    job.panner.index = pannerIndex;
+    mix.block[stagesRunning(job)](job); // moves only the oscillators of running stages
+    tremoloPhase = job.tremolo.phase;
+    tremoloIndex = job.tremolo.index;
+    pannerPhase = job.panner.phase;
+    pannerIndex = job.panner.index;
+    coveredFrames = runsCoverage();
+}
+
+int32_t ModulationEngine::runsCoverage() const
+{
+    constexpr int32_t kAll = INT32_MAX;
+    int32_t covered = kAll;
+    if (job.tremoloOn)
+        covered = runFrames(job.tremolo, covered);
+    if (job.pannerOn)
+        covered = std::min(covered, runFrames(job.panner, kAll));
+    return covered;
 }

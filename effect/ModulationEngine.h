@@ -30,6 +30,11 @@ private:
     static Kernel chooseKernel(Kernel widest);
 
     void takeSettings(); // from lastBlock into the job and the oscillators
+    // Any block: copies the oscillators in, lets the kernel plan their stretches, copies them out.
+    void mixBlock(const MixFunctions& mix);
+    // The frames the running oscillators' runs cover from where the kernel left them.
+    int32_t runsCoverage() const;
+
     Kernel inUse;
     const MixFunctions* kernel;
     // The kernel for blocks shorter than kWideBlock: two or three sixteen-frame vectors a block
@@ -40,15 +45,19 @@ private:
     // every block, and deriving them costs as much as the frames of a short block.
     EngineSettings lastSettings;
     BlockSettings lastBlock;
-    // The kernel's job, whose settings-derived fields change only with the settings.
-    MixJob job{};
     // The last buffers found fit for the vector path: hosts hand the same ones block after block.
+    // The job holds them too.
     const float* checkedInL = nullptr;
     const float* checkedInR = nullptr;
     const float* checkedOutL = nullptr;
     const float* checkedOutR = nullptr;
     int32_t checkedFrames = 0;
-    // The oscillators as the kernel keeps them, with the runs they are in.
-    KernelOscillator tremoloOscillator;
-    KernelOscillator pannerOscillator;
+    // The kernel's job: buffers, the settings-derived fields, and the oscillators as the kernel
+    // keeps them, with the runs they are in.
+    MixJob job{};
+    // Where the last block left the oscillators, and how many more frames their runs cover from
+    // there. While nobody has moved them since and the settings are the same, a block of at most
+    // that many frames goes straight along the runs: the check most blocks need is this one.
+    OscillatorState left;
+    int32_t coveredFrames = 0;
 };
