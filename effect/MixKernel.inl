@@ -6,7 +6,8 @@
 // A lane type offers: F and U (vectors of floats and of 32-bit unsigned integers), width, load,
 // store, splat, add, sub, mul, min and max with the x86 rules (min(a, b) = a < b ? a : b,
 // max(a, b) = a > b ? a : b), and lookup, which reads the table entries of `width` consecutive
-// frames, their indices from a source's next().
+// frames, their indices from a source's next(); and `windowed`, whether it also has a lookup from
+// WindowReads.
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -158,10 +159,68 @@ struct StretchReads {
     const float* table;
     IndexWalker walker;
 
+    static StretchReads start(const float* table, const IndexSteps& steps)
+    {
+        return {table, IndexWalker::from(steps)};
+    }
+
     template <class L>
     typename L::F read()
     {
         return L::lookup(table, walker);
+    }
+};
+
+// Table reads inside one stretch whose frames step through the table slowly, for lane types that
+// can read a vector's entries out of a window of 2 * L::width consecutive ones (L::windowed): the
+// indices of a vector's frames are computed together, and the window starts at the first.
+template <class L>
+struct WindowReads {
+    using U = typename L::U;
+
+    const float* table;
+    U mantissas; // lane j: the mantissa of the j-th frame from here
+    U stride;    // L::width steps in every lane
+    uint32_t step;
+    uint32_t shift;
+
+    static WindowReads start(const float* table, const IndexSteps& steps)
+    {
+        WindowReads reads{table, U{}, U{} + L::width * steps.step, steps.step, steps.shift};
+        for (int32_t lane = 0; lane < L::width; ++lane)
+            reads.mantissas[lane] = steps.mantissa + static_cast<uint32_t>(lane) * steps.step;
+        return reads;
+    }
+
+    // Whether a stretch's vectors fit their windows. Frame j reads (m + j * step) >> shift, which
+    // lies at most ((j * step) >> shift) + 1 entries past frame 0's, so the last lane's entry is
+    // inside 2 * L::width of the first one's when this holds.
+    static bool fits(const IndexSteps& steps)
+    {
+        return (static_cast<uint64_t>(L::width - 1) * steps.step >> steps.shift) + 1 <
+               2 * static_cast<uint64_t>(L::width);
+    }
+
+    // The indices of the next L::width frames.
+    U indices()
+    {
+        const U indices = mantissas >> shift;
+        mantissas += stride;
+        return indices;
+    }
+
+    // The next frame's index, for the frames after the last full vector.
+    uint32_t next()
+    {
+        const uint32_t index = mantissas[0] >> shift;
+        mantissas += step;
+        return index;
+    }
+
+    template <class Lanes>
+    typename Lanes::F read()
+    {
+        return Lanes::lookup(table, *this);
     }
 };
 
@@ -239,18 +298,44 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
     }
 }
 
-// Frames [from, to) of both oscillators' current stretches, from walkers kept in registers.
-template <class L, bool Tremolo, bool Panner>
-[[gnu::noinline]] void mixStretches(const MixJob& job, int32_t from, int32_t to,
-                                    IndexSteps tremoloSteps, IndexSteps pannerSteps)
+// Frames [from, to) of both oscillators' current stretches, their table reads kept in registers.
+template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerReads>
+[[gnu::noinline]] void mixStretchesWith(const MixJob& job, int32_t from, int32_t to,
+                                        const IndexSteps& tremoloSteps,
+                                        const IndexSteps& pannerSteps)
 {
-    StretchReads tremolo{job.tremolo.table, IndexWalker::from(tremoloSteps)};
-    StretchReads panner{job.panner.table, IndexWalker::from(pannerSteps)};
+    TremoloReads tremolo = TremoloReads::start(job.tremolo.table, tremoloSteps);
+    PannerReads panner = PannerReads::start(job.panner.table, pannerSteps);
     const int32_t vectorEnd = from + ((to - from) & ~(L::width - 1));
     mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremolo, panner);
     // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
     if (vectorEnd != to)
         mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, to, tremolo, panner);
+}
+
+// Frames [from, to) of both oscillators' current stretches: a stretch that fits the lane type's
+// window is read through it, any other one entry by entry.
+template <class L, bool Tremolo, bool Panner>
+[[gnu::always_inline]] inline void mixStretches(const MixJob& job, int32_t from, int32_t to,
+                                                const IndexSteps& tremoloSteps,
+                                                const IndexSteps& pannerSteps)
+{
+    using Window = WindowReads<L>;
+    if constexpr (L::windowed) {
+        const bool tremoloWindow = Tremolo && Window::fits(tremoloSteps);
+        const bool pannerWindow = Panner && Window::fits(pannerSteps);
+        if (tremoloWindow && pannerWindow)
+            return mixStretchesWith<L, Tremolo, Panner, Window, Window>(job, from, to, tremoloSteps,
+                                                                        pannerSteps);
+        if (tremoloWindow)
+            return mixStretchesWith<L, Tremolo, Panner, Window, StretchReads>(
+                job, from, to, tremoloSteps, pannerSteps);
+        if (pannerWindow)
+            return mixStretchesWith<L, Tremolo, Panner, StretchReads, Window>(
+                job, from, to, tremoloSteps, pannerSteps);
+    }
+    mixStretchesWith<L, Tremolo, Panner, StretchReads, StretchReads>(job, from, to, tremoloSteps,
+                                                                     pannerSteps);
 }
 
 // A block the running oscillators' runs cover.

@@ -10,6 +10,7 @@ struct Avx512Lanes {
     using F = __m512;
     typedef uint32_t U __attribute__((vector_size(64)));
     static constexpr int32_t width = 16;
+    static constexpr bool windowed = true;
     static F load(const float* p) { return _mm512_loadu_ps(p); }
     static void store(float* p, F v) { _mm512_storeu_ps(p, v); }
     static F splat(float v) { return _mm512_set1_ps(v); }
@@ -18,6 +19,16 @@ struct Avx512Lanes {
     static F mul(F a, F b) { return _mm512_mul_ps(a, b); }
     static F min(F a, F b) { return _mm512_min_ps(a, b); }
     static F max(F a, F b) { return _mm512_max_ps(a, b); }
+
+    // A window of thirty-two entries from the first frame's: two loads and one two-source shuffle.
+    static F lookup(const float* table, WindowReads<Avx512Lanes>& reads)
+    {
+        const __m512i indices = (__m512i)reads.indices(); // the same bits
+        const __m512i first = _mm512_broadcastd_epi32(_mm512_castsi512_si128(indices));
+        const float* const window = table + _mm_cvtsi128_si32(_mm512_castsi512_si128(indices));
+        return _mm512_permutex2var_ps(_mm512_loadu_ps(window), _mm512_sub_epi32(indices, first),
+                                      _mm512_loadu_ps(window + 16));
+    }
 
     // Listed indices: one load and one gather.
     static F lookup(const float* table, ListedReads& reads)

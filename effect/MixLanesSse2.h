@@ -14,6 +14,7 @@ struct Sse2Lanes {
     using F = __m128;
     typedef uint32_t U __attribute__((vector_size(16)));
     static constexpr int32_t width = 4;
+    static constexpr bool windowed = false; // SSE2 has no shuffle by variable indices
     static F load(const float* p) { return _mm_loadu_ps(p); }
     static void store(float* p, F v) { _mm_storeu_ps(p, v); }
     static F splat(float v) { return _mm_set1_ps(v); }

@@ -106,20 +106,21 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
     if (frames <= coveredFrames && std::memcmp(&now, &left, sizeof left) == 0) {
         mix.runs[stagesRunning(job)](job);
         coveredFrames -= frames;
+        // Field by field: a copy of the whole state would be one wide load waiting for these
+        // narrow stores to complete.
         if (job.tremoloOn) {
             advanceRun(job.tremolo, frames);
-            tremoloPhase = job.tremolo.phase;
-            tremoloIndex = job.tremolo.index;
+            left.tremoloPhase = tremoloPhase = job.tremolo.phase;
+            left.tremoloIndex = tremoloIndex = job.tremolo.index;
         }
         if (job.pannerOn) {
             advanceRun(job.panner, frames);
-            pannerPhase = job.panner.phase;
-            pannerIndex = job.panner.index;
+            left.pannerPhase = pannerPhase = job.panner.phase;
+            left.pannerIndex = pannerIndex = job.panner.index;
         }
     } else {
         mixBlock(mix);
     }
-    left = now;
 }
 
 void ModulationEngine::mixBlock(const MixFunctions& mix)
@@ -129,10 +130,10 @@ void ModulationEngine::mixBlock(const MixFunctions& mix)
     job.panner.phase = pannerPhase;
     job.panner.index = pannerIndex;
     mix.block[stagesRunning(job)](job); // moves only the oscillators of running stages
-    tremoloPhase = job.tremolo.phase;
-    tremoloIndex = job.tremolo.index;
-    pannerPhase = job.panner.phase;
-    pannerIndex = job.panner.index;
+    left.tremoloPhase = tremoloPhase = job.tremolo.phase;
+    left.tremoloIndex = tremoloIndex = job.tremolo.index;
+    left.pannerPhase = pannerPhase = job.panner.phase;
+    left.pannerIndex = pannerIndex = job.panner.index;
     coveredFrames = runsCoverage();
 }
 

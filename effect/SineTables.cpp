@@ -7,7 +7,7 @@ namespace sine_tables {
 namespace {
 
 struct Tables {
-    std::array<float, kPannerLength> entries;
+    std::array<float, kPannerLength + kReadablePastEnd> entries{};
 
     Tables()
     {
@@ -15,8 +15,9 @@ struct Tables {
         // so it drifts from k * 0.01 (90.000816 at k = 9000); that drift shapes the table and
         // is kept. The degree-to-radian factor is 3.14159265358 / 180, not the exact one.
         float angle = 0.0f;
-        for (float& entry : entries) {
-            entry = static_cast<float>(std::sin(static_cast<double>(angle) * 0.017453292519888888));
+        for (uint32_t i = 0; i < kPannerLength; ++i) {
+            const double radians = static_cast<double>(angle) * 0.017453292519888888;
+            entries[i] = static_cast<float>(std::sin(radians));
             angle = static_cast<float>(static_cast<double>(angle) + 0.01);
         }
     }
