@@ -34,13 +34,26 @@ struct Avx2Lanes {
     }
 
     // Elsewhere scalar loads beat vgatherdps: the indices are in integer registers already, and
-    // on AMD processors the gather instruction is slower than eight loads.
+    // on AMD processors the gather instruction is slower than eight loads. Each entry is loaded
+    // broadcast and the eight are joined by blends: broadcast loads need no shuffle unit, and
+    // blends run on every vector port, while shuffles have one or two.
     template <class Indices>
     static F lookup(const float* table, Indices& walker)
     {
-        const __m128 low = Sse2Lanes::lookup(table, walker);
-        const __m128 high = Sse2Lanes::lookup(table, walker);
-        return _mm256_insertf128_ps(_mm256_castps128_ps256(low), high, 1);
+        const F e0 = _mm256_broadcast_ss(table + walker.next());
+        const F e1 = _mm256_broadcast_ss(table + walker.next());
+        const F e2 = _mm256_broadcast_ss(table + walker.next());
+        const F e3 = _mm256_broadcast_ss(table + walker.next());
+        const F e4 = _mm256_broadcast_ss(table + walker.next());
+        const F e5 = _mm256_broadcast_ss(table + walker.next());
+        const F e6 = _mm256_broadcast_ss(table + walker.next());
+        const F e7 = _mm256_broadcast_ss(table + walker.next());
+        const F e01 = _mm256_blend_ps(e0, e1, 0x02);
+        const F e23 = _mm256_blend_ps(e2, e3, 0x08);
+        const F e45 = _mm256_blend_ps(e4, e5, 0x20);
+        const F e67 = _mm256_blend_ps(e6, e7, 0x80);
+        return _mm256_blend_ps(_mm256_blend_ps(e01, e23, 0x0c), _mm256_blend_ps(e45, e67, 0xc0),
+                               0xf0);
     }
 };
 
