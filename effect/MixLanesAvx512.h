@@ -56,16 +56,6 @@ struct Avx512Lanes {
         walker.position += 16 * s;
         return _mm512_i32gather_ps(indices, table, sizeof(float));
     }
-
-    // Elsewhere the indices come one frame at a time.
-    template <class Indices>
-    static F lookup(const float* table, Indices& indices)
-    {
-        const __m256 low = Avx2Lanes::lookup(table, indices);
-        const __m256 high = Avx2Lanes::lookup(table, indices);
-        return _mm512_castpd_ps(_mm512_insertf64x4(_mm512_castps_pd(_mm512_castps256_ps512(low)),
-                                                   _mm256_castps_pd(high), 1));
-    }
 };
 
 } // namespace
