@@ -70,10 +70,17 @@ inline void advanceRun(KernelOscillator& oscillator, int32_t frames)
     oscillator.index = run.mantissa >> run.shift; // the phase truncated, as the run's formula says
 }
 
-// Each indexed by which stages run, tremolo + 2 * panner: one call per block picks the loop.
+// Frames [from, to) of the running oscillators' current stretches, which start with these steps.
+using StretchLoop = void (*)(const MixJob& job, int32_t from, int32_t to,
+                             const IndexSteps& tremoloSteps, const IndexSteps& pannerSteps);
+
 struct MixFunctions {
-    void (*block[4])(MixJob& job);     // any block: plans stretches, leaves the runs
-    void (*runs[4])(const MixJob& job); // a block the running oscillators' runs cover
+    // Any block: plans stretches, leaves the runs. Indexed by stagesRunning.
+    void (*block[4])(MixJob& job);
+    // The loop that goes on along the runs the block left, from frame 0 of a block they cover.
+    // It depends only on the stages running and the runs, so the engine keeps it as long as they
+    // last.
+    StretchLoop (*runs)(const MixJob& job);
 };
 
 inline int stagesRunning(const MixJob& job) { return job.tremoloOn + 2 * job.pannerOn; }

@@ -313,37 +313,41 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
         mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, to, tremolo, panner);
 }
 
-// Frames [from, to) of both oscillators' current stretches: a stretch that fits the lane type's
-// window is read through it, any other one entry by entry.
+// The loop for both oscillators' current stretches: a stretch that fits the lane type's window
+// is read through it, any other one entry by entry.
 template <class L, bool Tremolo, bool Panner>
-[[gnu::always_inline]] inline void mixStretches(const MixJob& job, int32_t from, int32_t to,
-                                                const IndexSteps& tremoloSteps,
-                                                const IndexSteps& pannerSteps)
+StretchLoop stretchLoop(const IndexSteps& tremoloSteps, const IndexSteps& pannerSteps)
 {
     using Window = WindowReads<L>;
     if constexpr (L::windowed) {
         const bool tremoloWindow = Tremolo && Window::fits(tremoloSteps);
         const bool pannerWindow = Panner && Window::fits(pannerSteps);
         if (tremoloWindow && pannerWindow)
-            return mixStretchesWith<L, Tremolo, Panner, Window, Window>(job, from, to, tremoloSteps,
-                                                                        pannerSteps);
+            return mixStretchesWith<L, Tremolo, Panner, Window, Window>;
         if (tremoloWindow)
-            return mixStretchesWith<L, Tremolo, Panner, Window, StretchReads>(
-                job, from, to, tremoloSteps, pannerSteps);
+            return mixStretchesWith<L, Tremolo, Panner, Window, StretchReads>;
         if (pannerWindow)
-            return mixStretchesWith<L, Tremolo, Panner, StretchReads, Window>(
-                job, from, to, tremoloSteps, pannerSteps);
+            return mixStretchesWith<L, Tremolo, Panner, StretchReads, Window>;
     }
-    mixStretchesWith<L, Tremolo, Panner, StretchReads, StretchReads>(job, from, to, tremoloSteps,
-                                                                     pannerSteps);
+    return mixStretchesWith<L, Tremolo, Panner, StretchReads, StretchReads>;
 }
 
-// A block the running oscillators' runs cover.
-template <class L, bool Tremolo, bool Panner>
-void mixRuns(const MixJob& job)
+// The loop for the stretches the running oscillators' runs are in.
+template <class L>
+StretchLoop runsLoop(const MixJob& job)
 {
-    mixStretches<L, Tremolo, Panner>(job, 0, job.frames, job.tremolo.runIndices,
-                                     job.panner.runIndices);
+    const IndexSteps& tremolo = job.tremolo.runIndices;
+    const IndexSteps& panner = job.panner.runIndices;
+    switch (stagesRunning(job)) {
+    case 1:
+        return stretchLoop<L, true, false>(tremolo, panner);
+    case 2:
+        return stretchLoop<L, false, true>(tremolo, panner);
+    case 3:
+        return stretchLoop<L, true, true>(tremolo, panner);
+    default:
+        return stretchLoop<L, false, false>(tremolo, panner);
+    }
 }
 
 // Stretches this long are read by walkers in registers, which costs less per frame than lists.
@@ -370,9 +374,10 @@ void mixBlock(MixJob& job)
         if (frames >= kWalkedFrames) {
             if (from + frames != job.frames)
                 frames &= ~(L::width - 1);
-            mixStretches<L, Tremolo, Panner>(job, from, from + frames,
-                                             Tremolo ? tremolo.take(frames) : IndexSteps{},
-                                             Panner ? panner.take(frames) : IndexSteps{});
+            const IndexSteps tremoloSteps = Tremolo ? tremolo.take(frames) : IndexSteps{};
+            const IndexSteps pannerSteps = Panner ? panner.take(frames) : IndexSteps{};
+            stretchLoop<L, Tremolo, Panner>(tremoloSteps, pannerSteps)(
+                job, from, from + frames, tremoloSteps, pannerSteps);
         } else {
             frames = std::min(job.frames - from, kListedFrames);
             if (Tremolo)
@@ -400,8 +405,7 @@ constexpr MixFunctions mixFunctions()
 {
     return {{mixBlock<L, false, false>, mixBlock<L, true, false>, mixBlock<L, false, true>,
              mixBlock<L, true, true>},
-            {mixRuns<L, false, false>, mixRuns<L, true, false>, mixRuns<L, false, true>,
-             mixRuns<L, true, true>}};
+            runsLoop<L>};
 }
 
 } // namespace

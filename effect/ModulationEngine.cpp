@@ -100,11 +100,11 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
     }
     job.frames = frames;
     // Every kernel leaves the oscillators as the plain loop does, so any block may take any one.
-    const MixFunctions& mix = frames < kWideBlock ? *shortBlockKernel : *kernel;
+    const bool wide = frames >= kWideBlock;
     static_assert(sizeof(OscillatorState) == 4 * sizeof(uint32_t));
     const OscillatorState& now = *this;
     if (frames <= coveredFrames && std::memcmp(&now, &left, sizeof left) == 0) {
-        mix.runs[stagesRunning(job)](job);
+        runsLoops[wide](job, 0, frames, job.tremolo.runIndices, job.panner.runIndices);
         coveredFrames -= frames;
         // Field by field: a copy of the whole state would be one wide load waiting for these
         // narrow stores to complete.
@@ -119,7 +119,7 @@ void ModulationEngine::process(const float* inL, const float* inR, float* outL, 
             left.pannerIndex = pannerIndex = job.panner.index;
         }
     } else {
-        mixBlock(mix);
+        mixBlock(wide ? *kernel : *shortBlockKernel);
     }
 }
 
@@ -135,6 +135,8 @@ void ModulationEngine::mixBlock(const MixFunctions& mix)
     left.pannerPhase = pannerPhase = job.panner.phase;
     left.pannerIndex = pannerIndex = job.panner.index;
     coveredFrames = runsCoverage();
+    runsLoops[0] = shortBlockKernel->runs(job);
+    runsLoops[1] = kernel->runs(job);
 }
 
 int32_t ModulationEngine::runsCoverage() const

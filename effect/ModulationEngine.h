@@ -60,4 +60,6 @@ private:
     // that many frames goes straight along the runs: the check most blocks need is this one.
     OscillatorState left;
     int32_t coveredFrames = 0;
+    // The loops along those runs, for short blocks and for wide ones.
+    StretchLoop runsLoops[2] = {};
 };
