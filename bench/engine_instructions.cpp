@@ -10,8 +10,7 @@
 #include "effect/ModulationEngine.h"
 #include "effect/ReferenceEngine.h"
 #include "effect/SineTables.h"
-
-#include "bench/FactorySettings.h"
+#include "effect/TremoloProgram.h"
 
 int main(int argc, char** argv)
 {

@@ -14,8 +14,7 @@
 
 #include "effect/ModulationEngine.h"
 #include "effect/ReferenceEngine.h"
-
-#include "bench/FactorySettings.h"
+#include "effect/TremoloProgram.h"
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "effect/EngineSettings.h"
 #include "host/vst2.h"
 
 struct TremoloProgram {
@@ -22,3 +23,6 @@ constexpr int kNumPrograms = 10;
 
 // Writes the factory settings over the ten records.
 void loadFactoryPrograms(TremoloProgram (&programs)[kNumPrograms]);
+
+// Factory program `number` (0 to 9) as the engine takes it.
+EngineSettings factorySettings(int number);
