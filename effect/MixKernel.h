@@ -89,6 +89,6 @@ inline int stagesRunning(const MixJob& job) { return job.tremoloOn + 2 * job.pan
 extern const MixFunctions mixSse2;
 // Eight frames a step with AVX2 (and BMI2's shifts); only for processors that have both.
 extern const MixFunctions mixAvx2;
-// Sixteen frames a step with AVX-512F, table reads gathered; only for processors that have it
-// besides AVX2 and BMI2.
+// Sixteen frames a step with AVX-512F, table reads gathered or shuffled out of windows; only for
+// processors that have it besides AVX2 and BMI2.
 extern const MixFunctions mixAvx512;

@@ -2,7 +2,9 @@
 // AVX-512F allowed: included after that target switch.
 #pragma once
 
-#include "effect/MixLanesAvx2.h"
+#include <immintrin.h>
+
+#include <cstdint>
 
 namespace {
 
