@@ -1,7 +1,6 @@
 #include "effect/ModulationEngine.h"
 
 #include <algorithm>
-#include <climits>
 #include <cstdint>
 #include <cstring>
 
@@ -144,7 +143,7 @@ int32_t ModulationEngine::runsCoverage() const
     constexpr int32_t kAll = INT32_MAX;
     int32_t covered = kAll;
     if (job.tremoloOn)
-        covered = runFrames(job.tremolo, covered);
+        covered = runFrames(job.tremolo, kAll);
     if (job.pannerOn)
         covered = std::min(covered, runFrames(job.panner, kAll));
     return covered;
