@@ -1,6 +1,7 @@
 // Processes a fixed number of frames with one engine, for counting instructions under callgrind
 // (see count_engine_instructions.sh):
-//   engine_instructions plain|sse2|avx2|avx512 <block frames> <total frames> [factory program]
+//   engine_instructions plain|described|sse2|avx2|avx512 <block frames> <total frames> [program]
+// "plain" is the engine's reference loop, "described" the loop in DescribedLoop.h.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -12,11 +13,13 @@
 #include "effect/SineTables.h"
 #include "effect/TremoloProgram.h"
 
+#include "DescribedLoop.h"
+
 int main(int argc, char** argv)
 {
     if (argc != 4 && argc != 5) {
         std::fprintf(stderr,
-                     "usage: %s plain|sse2|avx2|avx512 <block frames> <total frames> [0..9]\n",
+                     "usage: %s plain|described|sse2|avx2|avx512 <block frames> <total frames> [0..9]\n",
                      argv[0]);
         return 2;
     }
@@ -26,13 +29,14 @@ int main(int argc, char** argv)
     if (block <= 0 || total <= 0)
         return 2;
     const bool plain = std::strcmp(engineName, "plain") == 0;
+    const bool described = std::strcmp(engineName, "described") == 0;
     auto kernel = ModulationEngine::Kernel::Sse2;
     if (std::strcmp(engineName, "avx2") == 0)
         kernel = ModulationEngine::Kernel::Avx2;
     else if (std::strcmp(engineName, "avx512") == 0)
         kernel = ModulationEngine::Kernel::Avx512;
     ModulationEngine vector(kernel);
-    if (!plain && vector.kernelInUse() != kernel) {
+    if (!plain && !described && vector.kernelInUse() != kernel) {
         std::fprintf(stderr, "%s is not used on this processor\n", engineName);
         return 1;
     }
@@ -43,7 +47,10 @@ int main(int argc, char** argv)
     if (program < 0 || program >= kNumPrograms)
         return 2;
     const EngineSettings settings = factorySettings(program);
+    DescribedEffect describedEffect(settings);
     std::vector<float> inL(block), inR(block), outL(block), outR(block);
+    float* inputs[2] = {inL.data(), inR.data()};
+    float* outputs[2] = {outL.data(), outR.data()};
     for (int i = 0; i < block; ++i) {
         inL[i] = 0.5f * std::sin(0.05f * static_cast<float>(i));
         inR[i] = 0.5f * std::cos(0.031f * static_cast<float>(i));
@@ -52,6 +59,8 @@ int main(int argc, char** argv)
         if (plain)
             processReference(plainState, inL.data(), inR.data(), outL.data(), outR.data(), block,
                              settings);
+        else if (described)
+            describedEffect.processReplacing(inputs, outputs, block);
         else
             vector.process(inL.data(), inR.data(), outL.data(), outR.data(), block, settings);
     }
