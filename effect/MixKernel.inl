@@ -298,6 +298,18 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
     }
 }
 
+// Frames [from, to): whole vectors, then the frames after the last one singly.
+template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerReads>
+[[gnu::always_inline]] inline void mixFrames(const MixJob& job, int32_t from, int32_t to,
+                                             TremoloReads& tremolo, PannerReads& panner)
+{
+    const int32_t vectorEnd = from + ((to - from) & ~(L::width - 1));
+    mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremolo, panner);
+    // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
+    if (vectorEnd != to)
+        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, to, tremolo, panner);
+}
+
 // Frames [from, to) of both oscillators' current stretches, their table reads kept in registers.
 template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerReads>
 [[gnu::noinline]] void mixStretchesWith(const MixJob& job, int32_t from, int32_t to,
@@ -306,11 +318,7 @@ template <class L, bool Tremolo, bool Panner, class TremoloReads, class PannerRe
 {
     TremoloReads tremolo = TremoloReads::start(job.tremolo.table, tremoloSteps);
     PannerReads panner = PannerReads::start(job.panner.table, pannerSteps);
-    const int32_t vectorEnd = from + ((to - from) & ~(L::width - 1));
-    mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremolo, panner);
-    // Tested apart: the frame loop's stores make the compiler reload the job for the tail.
-    if (vectorEnd != to)
-        mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, to, tremolo, panner);
+    mixFrames<L, Tremolo, Panner>(job, from, to, tremolo, panner);
 }
 
 // The loop for both oscillators' current stretches: a stretch that fits the lane type's window
@@ -379,17 +387,35 @@ void mixBlock(MixJob& job)
             stretchLoop<L, Tremolo, Panner>(tremoloSteps, pannerSteps)(
                 job, from, from + frames, tremoloSteps, pannerSteps);
         } else {
+            // Only an oscillator whose stretch ends within them is listed; the other one's
+            // stretch is walked.
             frames = std::min(job.frames - from, kListedFrames);
-            if (Tremolo)
+            const auto mix = [&](auto tremoloReads, auto pannerReads) {
+                mixFrames<L, Tremolo, Panner>(job, from, from + frames, tremoloReads,
+                                              pannerReads);
+            };
+            const bool listTremolo = Tremolo && tremolo.ready() < frames;
+            const bool listPanner = Panner && panner.ready() < frames;
+            if (listTremolo)
                 tremolo.list<L>(tremoloIndices, frames);
-            if (Panner)
+            if (listPanner)
                 panner.list<L>(pannerIndices, frames);
-            ListedReads tremoloReads{job.tremolo.table, tremoloIndices};
-            ListedReads pannerReads{job.panner.table, pannerIndices};
-            const int32_t vectorEnd = from + (frames & ~(L::width - 1));
-            mixFramesHere<L, Tremolo, Panner>(job, from, vectorEnd, tremoloReads, pannerReads);
-            mixFramesHere<ScalarLanes, Tremolo, Panner>(job, vectorEnd, from + frames,
-                                                        tremoloReads, pannerReads);
+            // (A stage that is not running takes the list, which is never read.)
+            const ListedReads tremoloList{job.tremolo.table, tremoloIndices};
+            const ListedReads pannerList{job.panner.table, pannerIndices};
+            const auto walk = [frames](TableReader& reader, const float* table) {
+                return StretchReads::start(table, reader.take(frames));
+            };
+            if (listTremolo || !Tremolo) {
+                if (listPanner || !Panner)
+                    mix(tremoloList, pannerList);
+                else
+                    mix(tremoloList, walk(panner, job.panner.table));
+            } else if (listPanner || !Panner) {
+                mix(walk(tremolo, job.tremolo.table), pannerList);
+            } else {
+                mix(walk(tremolo, job.tremolo.table), walk(panner, job.panner.table));
+            }
         }
         from += frames;
     }
