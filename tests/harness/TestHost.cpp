@@ -1,5 +1,6 @@
 #include "tests/harness/TestHost.h"
 
+#include <cstring>
 #include <random>
 
 namespace test_host {
@@ -15,28 +16,15 @@ std::unique_ptr<VstPlugin> createEffect()
     return VstPlugin::create(module());
 }
 
-std::vector<HostCall>& recordedCalls()
+StereoBuffer process(const VstPlugin& plugin, StereoBuffer input, const std::vector<int>& blocks,
+                     bool inPlace)
 {
-    static std::vector<HostCall> calls;
-    return calls;
-}
-
-VstIntPtr recordingCallback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value,
-                            void* ptr, float opt)
-{
-    recordedCalls().push_back({effect, opcode, index, value, ptr, opt});
-    return opcode == audioMasterVersion ? kVstVersion : 0;
-}
-
-StereoBuffer process(const VstPlugin& plugin, StereoBuffer& input,
-                     const std::vector<int>& blockSizes)
-{
-    const size_t frames = input.left.size();
-    StereoBuffer output(frames);
-    size_t done = 0;
-    for (size_t block = 0; done < frames; ++block) {
-        const size_t size = std::min<size_t>(blockSizes[block % blockSizes.size()], frames - done);
-        float* in[2] = {input.left.data() + done, input.right.data() + done};
+    StereoBuffer output = inPlace ? input : StereoBuffer(input.left.size());
+    StereoBuffer& source = inPlace ? output : input;
+    for (size_t done = 0, block = 0; done < input.left.size(); ++block) {
+        const size_t size =
+            std::min<size_t>(blocks[block % blocks.size()], input.left.size() - done);
+        float* in[2] = {source.left.data() + done, source.right.data() + done};
         float* out[2] = {output.left.data() + done, output.right.data() + done};
         plugin.processReplacing(in, out, static_cast<VstInt32>(size));
         done += size;
@@ -44,22 +32,28 @@ StereoBuffer process(const VstPlugin& plugin, StereoBuffer& input,
     return output;
 }
 
+::testing::AssertionResult sameAudio(const StereoBuffer& actual, const StereoBuffer& expected)
+{
+    if (actual.left.size() != expected.left.size())
+        return ::testing::AssertionFailure() << "lengths differ";
+    for (size_t i = 0; i < actual.left.size(); ++i) {
+        if (std::memcmp(&actual.left[i], &expected.left[i], sizeof(float)) != 0 ||
+            std::memcmp(&actual.right[i], &expected.right[i], sizeof(float)) != 0)
+            return ::testing::AssertionFailure()
+                   << "frame " << i << ": " << actual.left[i] << ", " << actual.right[i]
+                   << " instead of " << expected.left[i] << ", " << expected.right[i];
+    }
+    return ::testing::AssertionSuccess();
+}
+
 StereoBuffer testSignal(size_t frames, unsigned seed)
 {
     StereoBuffer signal(frames);
     std::mt19937 random(seed);
-    std::uniform_real_distribution<float> noise(-0.05f, 0.05f);
-    float sawL = 0.0f;
-    float sawR = 0.0f;
+    std::uniform_real_distribution<float> sample(-0.8f, 0.8f);
     for (size_t i = 0; i < frames; ++i) {
-        sawL += 0.0101f;
-        sawR += 0.0137f;
-        if (sawL >= 1.0f)
-            sawL -= 2.0f;
-        if (sawR >= 1.0f)
-            sawR -= 2.0f;
-        signal.left[i] = 0.7f * sawL + noise(random);
-        signal.right[i] = 0.7f * sawR + noise(random);
+        signal.left[i] = sample(random);
+        signal.right[i] = sample(random);
     }
     return signal;
 }

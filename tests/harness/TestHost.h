@@ -2,6 +2,8 @@
 // VSTPluginMain, exactly as a host does. Most tests talk to the plug-in only through this.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <vector>
 
@@ -9,26 +11,11 @@
 
 namespace test_host {
 
-// The module under test (its path comes from the build).
 const VstModule& module();
 
-// A fresh effect created with a host callback that answers version 2400.
+// A fresh effect whose host callback answers version 2400 and nothing else.
 std::unique_ptr<VstPlugin> createEffect();
 
-// A host callback that records every call the plug-in makes into the host.
-struct HostCall {
-    AEffect* effect;
-    VstInt32 opcode;
-    VstInt32 index;
-    VstIntPtr value;
-    void* ptr;
-    float opt;
-};
-std::vector<HostCall>& recordedCalls();
-VstIntPtr recordingCallback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value,
-                            void* ptr, float opt);
-
-// Stereo buffers in the shape processReplacing takes.
 struct StereoBuffer {
     explicit StereoBuffer(size_t frames) : left(frames), right(frames) {}
     float** channels()
@@ -41,12 +28,15 @@ struct StereoBuffer {
     float* pointers[2] = {};
 };
 
-// Processes input into a new buffer, in blocks of the given sizes (cycled until done).
-StereoBuffer process(const VstPlugin& plugin, StereoBuffer& input,
-                     const std::vector<int>& blockSizes);
+// Processes input into a new buffer in blocks of the given sizes, cycled until done; in place
+// means the output buffer, holding a copy of the input, is passed as both.
+StereoBuffer process(const VstPlugin& plugin, StereoBuffer input, const std::vector<int>& blocks,
+                     bool inPlace = false);
 
-// A deterministic test signal: two detuned saws and a little noise, different on each channel,
-// peaking near 0.8.
+// Bit for bit, so that -0 and 0 differ and NaNs compare; names the first frame that differs.
+::testing::AssertionResult sameAudio(const StereoBuffer& actual, const StereoBuffer& expected);
+
+// Uniform noise peaking near 0.8, different on each channel.
 StereoBuffer testSignal(size_t frames, unsigned seed = 1);
 
 } // namespace test_host
