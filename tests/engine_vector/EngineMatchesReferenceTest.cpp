@@ -1,134 +1,144 @@
-// The vector engine against the plain loop, bit for bit in every sample and oscillator field,
-// with each instruction set this processor can run.
+// The vector engine against the plain loop, bit for bit in every sample and oscillator field, with
+// each instruction set this processor can run; then the built module, driven as a host drives it,
+// against the same loop.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstdint>
+#include <cstring>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "EngineTwin.h"
+#include "effect/ModulationEngine.h"
 #include "effect/ReferenceEngine.h"
+#include "effect/SineTables.h"
+#include "tools/vsthost/VstPlugin.h"
 
 namespace {
 
-constexpr int32_t kLargestBlock = 8192;
-constexpr float kTremoloLength = 18002.0f;
-constexpr float kPannerLength = 36004.0f;
+using Kernel = ModulationEngine::Kernel;
+const std::string kKernelNames[] = {"Sse2", "Avx2", "Avx512"};
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
-EngineSettings programLike(float tremoloDepth, float tremoloSpeed, float pannerDepth,
-                           float pannerSpeed, float mix, int32_t rateChoice)
+// Two slow sines and noise, so that every gain shows in the bits.
+struct Audio {
+    explicit Audio(int32_t frames, uint32_t seed = 1) : left(frames), right(frames)
+    {
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<float> noise(-0.25f, 0.25f);
+        for (int32_t i = 0; i < frames; ++i) {
+            left[i] = 0.7f * std::sin(0.01f * static_cast<float>(i)) + noise(random);
+            right[i] = 0.6f * std::cos(0.0137f * static_cast<float>(i)) + noise(random);
+        }
+    }
+    std::vector<float> left, right;
+};
+
+// Samples, or the fields of two oscillator states, compared as 32-bit words.
+::testing::AssertionResult sameBits(const void* fast, const void* plain, int32_t words,
+                                    const char* what = "sample")
 {
-    EngineSettings settings;
-    settings.tremoloDepth = tremoloDepth;
-    settings.tremoloSpeed = tremoloSpeed;
-    settings.pannerDepth = pannerDepth;
-    settings.pannerSpeed = pannerSpeed;
-    settings.mix = mix;
-    settings.rateChoice = rateChoice;
-    return settings;
+    for (int32_t i = 0; i < words; ++i) {
+        float a, b;
+        std::memcpy(&a, static_cast<const float*>(fast) + i, sizeof a);
+        std::memcpy(&b, static_cast<const float*>(plain) + i, sizeof b);
+        if (std::bit_cast<uint32_t>(a) != std::bit_cast<uint32_t>(b))
+            return ::testing::AssertionFailure() << what << " " << i << " of " << words << ": "
+                                                 << std::hexfloat << a << " vs " << b;
+    }
+    return ::testing::AssertionSuccess();
 }
 
-// Mostly values a host sends, sometimes the ones no host should: each category has tripped up a
-// vector engine in some way (stages off, stalled or wrapping oscillators, clamping).
+::testing::AssertionResult sameState(const OscillatorState& fast, const OscillatorState& plain)
+{
+    return sameBits(&fast, &plain, 4, "oscillator field (tremolo, panner phase; their indices)");
+}
+
+// The engine and the plain loop side by side, out of place, with guard words past every output.
+struct Twin {
+    explicit Twin(Kernel kernel) : fast(kernel) {}
+
+    void setState(const OscillatorState& state)
+    {
+        static_cast<OscillatorState&>(fast) = plain = state;
+    }
+
+    ::testing::AssertionResult same(const float* inL, const float* inR, int32_t frames,
+                                    const EngineSettings& settings)
+    {
+        const int32_t size = std::max(frames, 0);
+        for (auto& buffer : out)
+            buffer.assign(size + 8, std::bit_cast<float>(0x7fa5a5a5u)); // a NaN no engine makes
+        fast.process(inL, inR, out[0].data(), out[1].data(), frames, settings);
+        processReference(plain, inL, inR, out[2].data(), out[3].data(), frames, settings);
+        auto result = sameBits(out[0].data(), out[2].data(), size + 8, "left frame");
+        if (result)
+            result = sameBits(out[1].data(), out[3].data(), size + 8, "right frame");
+        return result ? sameState(fast, plain) : result;
+    }
+
+    ModulationEngine fast;
+    OscillatorState plain;
+    std::vector<float> out[4]; // the engine's left and right, then the plain loop's
+};
+
+// Mostly values a host sends, sometimes ones no host should: each kind has tripped up a vector
+// engine in some way (stages off, stalled or wrapping oscillators, clamping).
 float randomParameter(std::mt19937& random)
 {
     std::uniform_real_distribution<float> unit(0.0f, 1.0f);
-    const float kinds = unit(random);
-    if (kinds < 0.6f)
-        return unit(random);
-    if (kinds < 0.65f)
-        return 0.0f;
-    if (kinds < 0.7f)
-        return 1.0f;
-    if (kinds < 0.75f)
-        return -unit(random);
-    if (kinds < 0.8f)
-        return 1.0f + 300.0f * unit(random); // beyond the clamp, and speeds that wrap every step
-    if (kinds < 0.85f)
-        return std::ldexp(unit(random), -static_cast<int>(140.0f * unit(random))); // tiny
-    if (kinds < 0.9f)
-        return 1e30f * unit(random);
-    constexpr float specials[] = {std::numeric_limits<float>::quiet_NaN(),
-                                  std::numeric_limits<float>::infinity(),
-                                  -std::numeric_limits<float>::infinity(),
-                                  std::numeric_limits<float>::denorm_min(), 1800.2f, 3600.4f};
-    return specials[random() % 6];
+    constexpr float specials[] = {0.0f, 1.0f, kNaN, kInf, -kInf, 1e-45f, 1800.2f, 3600.4f};
+    const float kind = unit(random);
+    return kind < 0.6f    ? unit(random)
+           : kind < 0.65f ? -unit(random)
+           : kind < 0.7f  ? 1.0f + 300.0f * unit(random) // past the clamp; speeds wrapping at once
+           : kind < 0.75f ? std::ldexp(unit(random), -static_cast<int>(140.0f * unit(random)))
+           : kind < 0.8f  ? 1e30f * unit(random)
+                          : specials[random() % 8];
 }
 
 EngineSettings randomSettings(std::mt19937& random)
 {
     constexpr int32_t choices[] = {7, 8, 9, 10, 0, 11, -1, INT32_MIN};
-    EngineSettings settings;
-    settings.tremoloDepth = randomParameter(random);
-    settings.tremoloSpeed = randomParameter(random);
-    settings.pannerDepth = randomParameter(random);
-    settings.pannerSpeed = randomParameter(random);
-    settings.mix = randomParameter(random);
-    settings.rateChoice = choices[random() % 8];
-    return settings;
+    return {randomParameter(random), randomParameter(random), randomParameter(random),
+            randomParameter(random), randomParameter(random), choices[random() % 8]};
 }
-
-using Kernel = ModulationEngine::Kernel;
 
 class EngineMatchesReference : public ::testing::TestWithParam<Kernel> {};
-
-std::string kernelName(const ::testing::TestParamInfo<Kernel>& info)
-{
-    constexpr const char* names[] = {"Sse2", "Avx2", "Avx512"};
-    return names[static_cast<int>(info.param)];
-}
-
-} // namespace
-
 INSTANTIATE_TEST_SUITE_P(Kernels, EngineMatchesReference,
-                         ::testing::Values(Kernel::Sse2, Kernel::Avx2, Kernel::Avx512), kernelName);
-
-// One buffer holding the left channel at offset 0 and the right at 1000, for tests in which
-// inputs and outputs share memory.
-static std::vector<float> sharedMemory(const TestAudio& audio, size_t size)
-{
-    std::vector<float> memory(size);
-    for (size_t i = 0; i < audio.left.size(); ++i) {
-        memory[i] = audio.left[i];
-        memory[1000 + i] = audio.right[i];
-    }
-    return memory;
-}
+                         ::testing::Values(Kernel::Sse2, Kernel::Avx2, Kernel::Avx512),
+                         [](const auto& kernel) { return kKernelNames[int(kernel.param)]; });
 
 TEST_P(EngineMatchesReference, KernelIsTheOneAskedForWhenTheProcessorHasIt)
 {
-    const ModulationEngine engine(GetParam());
+    // Otherwise the wider kernels' tests would quietly run a narrower one.
     __builtin_cpu_init();
     const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2");
     const bool avx512 = avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_is("intel");
-    Kernel expected = Kernel::Sse2;
-    if (GetParam() == Kernel::Avx512 && avx512)
-        expected = Kernel::Avx512;
-    else if (GetParam() != Kernel::Sse2 && avx2)
-        expected = Kernel::Avx2;
-    EXPECT_EQ(engine.kernelInUse(), expected);
+    const Kernel expected = GetParam() == Kernel::Avx512 && avx512 ? Kernel::Avx512
+                            : GetParam() != Kernel::Sse2 && avx2   ? Kernel::Avx2
+                                                                   : Kernel::Sse2;
+    EXPECT_EQ(ModulationEngine(GetParam()).kernelInUse(), expected);
 }
 
 TEST_P(EngineMatchesReference, RandomSettingsChangingBetweenBlocksOverMillionsOfFrames)
 {
-    const TestAudio audio(kLargestBlock + 64);
-    EngineTwin twin(GetParam());
+    const Audio audio(8192 + 64);
+    Twin twin(GetParam());
     std::mt19937 random(2024);
-    int64_t frames = 0;
     EngineSettings settings = randomSettings(random);
-    while (frames < 6'000'000) {
+    for (int64_t frames = 0; frames < 6'000'000;) {
         // Short blocks half the time: they keep the oscillators near a block start.
-        const int32_t size = random() % 2 ? 1 + static_cast<int32_t>(random() % 64)
-                                          : 1 + static_cast<int32_t>(random() % kLargestBlock);
+        const bool shortBlock = random() % 2;
+        const int32_t size = 1 + static_cast<int32_t>(random() % (shortBlock ? 64 : 8192));
         const int32_t offset = static_cast<int32_t>(random() % 64); // any alignment
         if (random() % 4 == 0)
             settings = randomSettings(random);
-        ASSERT_TRUE(twin.sameBlock(audio.left.data() + offset, audio.right.data() + offset, size,
-                                   settings))
+        ASSERT_TRUE(twin.same(&audio.left[offset], &audio.right[offset], size, settings))
             << "after " << frames << " frames";
         frames += size;
     }
@@ -136,200 +146,162 @@ TEST_P(EngineMatchesReference, RandomSettingsChangingBetweenBlocksOverMillionsOf
 
 TEST_P(EngineMatchesReference, EveryBlockSizeFrom1To8192)
 {
-    const TestAudio audio(kLargestBlock);
-    EngineTwin twin(GetParam());
-    const EngineSettings settings[] = {
-        programLike(1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7),
-        programLike(0.77999f, 0.5f, 1.0f, 0.495f, 0.545f, 8),
-        programLike(0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 10),
-        programLike(0.634999f, 0.174999f, 0.0f, 0.0f, 1.0f, 9),
-    };
-    for (int32_t size = 1; size <= kLargestBlock; ++size)
-        ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), size,
-                                   settings[size % 4]));
+    const Audio audio(8192);
+    Twin twin(GetParam());
+    const EngineSettings settings[] = {{1.0f, 0.174999f, 0.479999f, 0.275f, 1.0f, 7},
+                                       {0.77999f, 0.5f, 1.0f, 0.495f, 0.545f, 8},
+                                       {0.834999f, 0.63499f, 1.0f, 0.63999f, 0.5f, 10},
+                                       {0.634999f, 0.174999f, 0.0f, 0.0f, 1.0f, 9}};
+    for (int32_t size = 1; size <= 8192; ++size)
+        ASSERT_TRUE(twin.same(audio.left.data(), audio.right.data(), size, settings[size % 4]));
 }
 
 TEST_P(EngineMatchesReference, WrapsAtEveryPositionOfABlock)
 {
-    // Sizes around the vector widths and around the engine's internal chunk of 256 frames.
-    const TestAudio audio(1024);
-    EngineTwin twin(GetParam());
-    const EngineSettings settings = programLike(0.9f, 0.174999f, 0.8f, 0.34f, 0.75f, 7);
+    // Sizes around the vector widths and the engine's wide-block threshold of 256 frames.
+    const Audio audio(1024);
+    Twin twin(GetParam());
+    const EngineSettings settings{0.9f, 0.174999f, 0.8f, 0.34f, 0.75f, 7};
     const BlockSettings block = blockSettings(settings);
-    for (const int32_t size : {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 255, 256, 257,
-                               513}) {
+    for (const int32_t size : {1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 32, 33, 255, 256, 257, 513})
         for (int32_t wrapAt = 1; wrapAt <= size; ++wrapAt) {
             const float frame = static_cast<float>(wrapAt) - 0.5f;
-            OscillatorState state;
-            state.tremoloPhase = kTremoloLength - frame * block.tremoloIncrement;
-            state.pannerPhase = kPannerLength - frame * block.pannerIncrement;
-            state.tremoloIndex = static_cast<uint32_t>(state.tremoloPhase);
-            state.pannerIndex = static_cast<uint32_t>(state.pannerPhase);
-            twin.setState(state);
-            ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), size, settings))
+            const float tremolo = sine_tables::kTremoloLength - frame * block.tremoloIncrement;
+            const float panner = sine_tables::kPannerLength - frame * block.pannerIncrement;
+            twin.setState({tremolo, panner, static_cast<uint32_t>(tremolo),
+                           static_cast<uint32_t>(panner)});
+            ASSERT_TRUE(twin.same(audio.left.data(), audio.right.data(), size, settings))
                 << "size " << size << ", wrap at frame " << wrapAt;
         }
-    }
 }
 
 TEST_P(EngineMatchesReference, TiedAndStalledPhases)
 {
-    // Speeds whose increments fall on half grid steps of the binade the phase is in, or below half
-    // a step, from phases with odd and even last mantissa bits. Rate choice 9 halves the speed
-    // exactly, so the increment is exactly (speed * 10) / 2.
-    const TestAudio audio(600);
-    EngineTwin twin(GetParam());
+    // Increments of half grid steps of the phase's binade, or below half a step, from phases with
+    // odd and even last mantissa bits. Rate choice 9 halves the speed exactly: inc = speed * 5.
+    const Audio audio(600);
+    Twin twin(GetParam());
     for (int e = 4; e <= 14; ++e) {
         const float u = std::ldexp(1.0f, e - 23);
         for (const float steps : {0.25f, 0.5f, 1.5f, 2.5f, 7.5f, 1000.5f}) {
-            const float inc = steps * u;
-            // speed * 10 must round to exactly 2 * inc; search the few floats around the quotient.
-            float speed = (2.0f * inc) / 10.0f;
-            for (int tries = 0; tries < 8 && speed * 10.0f != 2.0f * inc; ++tries)
-                speed = std::nextafter(speed, speed * 10.0f < 2.0f * inc ? 1.0f : 0.0f);
-            if (speed * 10.0f != 2.0f * inc)
-                continue; // this increment cannot be reached from a speed
-            const EngineSettings settings = programLike(0.6f, speed, 0.7f, speed, 0.9f, 9);
-            ASSERT_EQ(blockSettings(settings).tremoloIncrement, inc);
+            float speed = steps * u / 5.0f; // then the floats around the quotient
+            for (int tries = 0; tries < 8 && speed * 10.0f != 2.0f * steps * u; ++tries)
+                speed = std::nextafter(speed, speed * 10.0f < 2.0f * steps * u ? 1.0f : 0.0f);
+            const EngineSettings settings{0.6f, speed, 0.7f, speed, 0.9f, 9};
+            if (blockSettings(settings).tremoloIncrement != steps * u)
+                continue; // no speed reaches this increment
             for (const uint32_t mantissa : {0u, 1u, 2u, 3u, 0x400001u, 0x7ffffdu}) {
-                OscillatorState state;
-                state.tremoloPhase = std::ldexp(1.0f, e) + static_cast<float>(mantissa) * u;
-                state.pannerPhase = state.tremoloPhase;
-                if (state.tremoloPhase >= kTremoloLength)
+                const float phase = std::ldexp(1.0f, e) + static_cast<float>(mantissa) * u;
+                const auto index = static_cast<uint32_t>(phase);
+                if (index >= sine_tables::kTremoloLength)
                     continue;
-                state.tremoloIndex = static_cast<uint32_t>(state.tremoloPhase);
-                state.pannerIndex = state.tremoloIndex;
-                twin.setState(state);
-                ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 600, settings))
+                twin.setState({phase, phase, index, index});
+                ASSERT_TRUE(twin.same(audio.left.data(), audio.right.data(), 600, settings))
                     << "binade 2^" << e << ", " << steps << " grid steps, mantissa " << mantissa;
             }
         }
     }
 }
 
-TEST_P(EngineMatchesReference, OscillatorFieldsWrittenBetweenBlocksAreFollowed)
-{
-    // The engine carries the run an oscillator is in from block to block (here the runs in
-    // [4096, 8192) and [8192, 16384) outlast every block); whoever writes the fields in between
-    // must still be followed exactly.
-    const TestAudio audio(64);
-    EngineTwin twin(GetParam());
-    const EngineSettings settings = programLike(0.9f, 0.05f, 0.8f, 0.07f, 0.75f, 7);
-    OscillatorState start;
-    start.tremoloPhase = 5000.25f;
-    start.tremoloIndex = 5000;
-    start.pannerPhase = 9000.5f;
-    start.pannerIndex = 9000;
-    twin.setState(start);
-    const auto poke = [&](auto change) {
-        ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 64, settings));
-        OscillatorState state = twin.plain;
-        change(state);
-        twin.setState(state);
-        ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 64, settings));
-    };
-    poke([](OscillatorState& s) { s.tremoloPhase = std::nextafter(s.tremoloPhase, 0.0f); });
-    poke([](OscillatorState& s) { s.pannerPhase = s.pannerPhase + 0.25f; });
-    poke([](OscillatorState& s) { s.tremoloIndex = s.tremoloIndex + 1; });
-    poke([](OscillatorState& s) { s.pannerIndex = s.pannerIndex - 3; });
-    poke([](OscillatorState&) {});
-}
-
 TEST_P(EngineMatchesReference, StagesSwitchedOffKeepTheirOscillatorsFrozen)
 {
-    const TestAudio audio(512);
-    EngineTwin twin(GetParam());
-    const EngineSettings running = programLike(0.5f, 0.3f, 0.5f, 0.3f, 1.0f, 7);
-    const EngineSettings tremoloOff = programLike(0.0f, 0.3f, 0.5f, 0.3f, 1.0f, 7);
-    const EngineSettings pannerOff = programLike(0.5f, 0.3f, 0.5f, -0.3f, 1.0f, 7);
-    const EngineSettings bothOff = programLike(0.5f, 0.0f, 0.5f, 0.0f, 0.5f, 7);
-    ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 300, running));
-    const OscillatorState before = twin.fast;
-    ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 301, tremoloOff));
-    EXPECT_EQ(twin.fast.tremoloPhase, before.tremoloPhase);
-    ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 302, pannerOff));
-    ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 303, bothOff));
-    const OscillatorState after = twin.fast;
-    EXPECT_EQ(after.pannerPhase, twin.plain.pannerPhase);
-    ASSERT_TRUE(twin.sameBlock(audio.left.data(), audio.right.data(), 304, running));
-}
-
-TEST_P(EngineMatchesReference, NonFiniteAndExtremeAudioPassesThroughTheSameWay)
-{
-    constexpr float inf = std::numeric_limits<float>::infinity();
-    const float odd[] = {std::numeric_limits<float>::quiet_NaN(), inf, -inf, 0.0f, -0.0f,
-                         std::numeric_limits<float>::denorm_min(), -3e38f, 3e38f, 1e-40f,
-                         std::bit_cast<float>(0x7fc12345u), std::bit_cast<float>(0xffc00001u)};
-    std::vector<float> left(257), right(257);
-    for (size_t i = 0; i < left.size(); ++i) {
-        left[i] = odd[i % 11];
-        right[i] = odd[(i * 7 + 3) % 11];
+    const Audio audio(512);
+    Twin twin(GetParam());
+    // Running, then without tremolo depth, with a negative panner speed, with no speeds at all.
+    const EngineSettings steps[] = {{0.5f, 0.3f, 0.5f, 0.3f, 1.0f, 7},
+                                    {0.0f, 0.3f, 0.5f, 0.3f, 1.0f, 7},
+                                    {0.5f, 0.3f, 0.5f, -0.3f, 1.0f, 7},
+                                    {0.5f, 0.0f, 0.5f, 0.0f, 0.5f, 7}};
+    for (int step = 0; step < 5; ++step) {
+        const OscillatorState before = twin.plain;
+        ASSERT_TRUE(twin.same(audio.left.data(), audio.right.data(), 301, steps[step % 4]));
+        EXPECT_EQ(twin.fast.tremoloPhase == before.tremoloPhase, step == 1 || step == 3);
+        EXPECT_EQ(twin.fast.pannerPhase == before.pannerPhase, step == 2 || step == 3);
     }
-    EngineTwin twin(GetParam());
-    for (const auto& settings : {programLike(0.634999f, 0.174999f, 0.0f, 0.0f, 1.0f, 7),
-                                 programLike(1.0f, 0.5f, 1.0f, 0.5f, 0.5f, 7),
-                                 programLike(100.0f, 0.5f, 100.0f, 0.5f, -100.0f, 8)})
-        ASSERT_TRUE(twin.sameBlock(left.data(), right.data(), 257, settings));
 }
 
 TEST_P(EngineMatchesReference, OverlappingBuffersGiveThePlainLoopsResult)
 {
-    // In place is what hosts do; the other layouts are odd but allowed, and must come out as the
-    // frame-by-frame loop has them.
-    const TestAudio audio(700, 5);
-    const EngineSettings settings = programLike(0.8f, 0.3f, 0.9f, 0.45f, 0.7f, 7);
-    struct Layout {
+    // In place is what hosts do; the other layouts are odd but allowed, and come out as the
+    // frame-by-frame loop has them. The engine remembers buffers it found apart over short
+    // blocks; over more frames the same ones may overlap ("40 apart").
+    const Audio audio(700, 5);
+    const EngineSettings settings{0.8f, 0.3f, 0.9f, 0.45f, 0.7f, 7};
+    const struct {
         const char* name;
         int inL, inR, outL, outR; // offsets into one shared buffer
-    };
-    const Layout layouts[] = {
-        {"in place", 0, 1000, 0, 1000},   {"swapped", 0, 1000, 1000, 0},
-        {"one output", 0, 1000, 2000, 2000}, {"shifted by one", 0, 1000, 1, 1001},
-        {"shifted back", 1, 1001, 0, 1000}, {"one input", 0, 0, 2000, 3000},
-        {"left in place, right on left", 0, 1000, 0, 1}};
-    for (const Layout& layout : layouts) {
-        std::vector<float> fastMemory = sharedMemory(audio, 4000);
+    } layouts[] = {{"in place", 0, 1000, 0, 1000},      {"swapped", 0, 1000, 1000, 0},
+                   {"one output", 0, 1000, 2000, 2000}, {"shifted by one", 0, 1000, 1, 1001},
+                   {"shifted back", 1, 1001, 0, 1000},  {"one input", 0, 0, 2000, 3000},
+                   {"right on left", 0, 1000, 0, 1},    {"40 apart", 0, 1000, 40, 1040}};
+    for (const auto& layout : layouts) {
+        std::vector<float> fastMemory(4000);
+        std::copy(audio.left.begin(), audio.left.end(), fastMemory.begin());
+        std::copy(audio.right.begin(), audio.right.end(), fastMemory.begin() + 1000);
         std::vector<float> plainMemory = fastMemory;
         ModulationEngine fast(GetParam());
         OscillatorState plain;
         float* f = fastMemory.data();
         float* p = plainMemory.data();
-        fast.process(f + layout.inL, f + layout.inR, f + layout.outL, f + layout.outR, 600,
-                     settings);
-        processReference(plain, p + layout.inL, p + layout.inR, p + layout.outL, p + layout.outR,
-                         600, settings);
-        EXPECT_TRUE(sameSamples(f, p, 4000, "memory")) << layout.name;
-        EXPECT_TRUE(sameState(fast, plain)) << layout.name;
-    }
-}
-
-TEST_P(EngineMatchesReference, BuffersApartForShortBlocksMayOverlapInLongerOnes)
-{
-    // The engine remembers buffers it found apart; the same ones over more frames may overlap.
-    const TestAudio audio(700, 6);
-    const EngineSettings settings = programLike(0.8f, 0.3f, 0.9f, 0.45f, 0.7f, 7);
-    std::vector<float> fastMemory = sharedMemory(audio, 2000);
-    std::vector<float> plainMemory = fastMemory;
-    ModulationEngine fast(GetParam());
-    OscillatorState plain;
-    float* f = fastMemory.data();
-    float* p = plainMemory.data();
-    // Outputs 40 samples past the inputs: apart for 32 frames, overlapping for 600.
-    for (const int32_t frames : {32, 32, 600, 16}) {
-        fast.process(f, f + 1000, f + 40, f + 1040, frames, settings);
-        processReference(plain, p, p + 1000, p + 40, p + 1040, frames, settings);
-        EXPECT_TRUE(sameSamples(f, p, 2000, "memory")) << frames << " frames";
-        EXPECT_TRUE(sameState(fast, plain)) << frames << " frames";
+        for (const int32_t frames : {32, 32, 600, 16}) {
+            fast.process(f + layout.inL, f + layout.inR, f + layout.outL, f + layout.outR, frames,
+                         settings);
+            processReference(plain, p + layout.inL, p + layout.inR, p + layout.outL,
+                             p + layout.outR, frames, settings);
+            ASSERT_TRUE(sameBits(f, p, 4000)) << layout.name << ", " << frames << " frames";
+            ASSERT_TRUE(sameState(fast, plain)) << layout.name << ", " << frames << " frames";
+        }
     }
 }
 
 TEST_P(EngineMatchesReference, EmptyAndNegativeBlocksTouchNothing)
 {
-    const EngineSettings settings = programLike(1.0f, 0.5f, 1.0f, 0.5f, 1.0f, 7);
     ModulationEngine engine(GetParam());
-    for (const int32_t frames : {0, -1, INT32_MIN}) {
-        engine.process(nullptr, nullptr, nullptr, nullptr, frames, settings);
-        EXPECT_EQ(engine.tremoloPhase, 0.0f);
-        EXPECT_EQ(engine.pannerIndex, 0u);
+    for (const int32_t frames : {0, -1, INT32_MIN})
+        engine.process(nullptr, nullptr, nullptr, nullptr, frames, {1.0f, 0.5f, 1.0f, 0.5f, 1, 7});
+    EXPECT_TRUE(sameState(engine, OscillatorState{}));
+}
+
+// Through VSTPluginMain and the AEffect record alone, against the plain loop fed with the
+// parameters the module reports: every program and rate choice, a knob moved between blocks,
+// buffers in place every other block.
+TEST(ModuleMatchesReference, EveryProgramAndRateChoiceWithParameterChangesBetweenBlocks)
+{
+    const VstModule module(HVT_MODULE_PATH);
+    ASSERT_TRUE(module.entry()) << module.error();
+    const auto plugin = VstPlugin::create(module);
+    ASSERT_TRUE(plugin);
+    const Audio audio(4096, 3);
+    OscillatorState model; // a fresh effect's oscillators
+    std::mt19937 random(11);
+    bool inPlace = false;
+    for (int32_t program = 0; program < 10; ++program) {
+        plugin->dispatch(effSetProgram, 0, program);
+        for (const float rate : {7.0f, 8.0f, 9.0f, 10.0f, 0.0f, 11.0f}) {
+            plugin->setParameter(5, rate);
+            for (const int32_t frames : {1, 31, 32, 512, 4096, 777, 3}) {
+                const EngineSettings settings{
+                    plugin->getParameter(0), plugin->getParameter(1), plugin->getParameter(2),
+                    plugin->getParameter(3), plugin->getParameter(4),
+                    static_cast<int32_t>(plugin->getParameter(5))};
+                std::vector<float> left(audio.left), right(audio.right), outL(frames),
+                    outR(frames), expectedL(frames), expectedR(frames);
+                processReference(model, left.data(), right.data(), expectedL.data(),
+                                 expectedR.data(), frames, settings);
+                float* inputs[2] = {left.data(), right.data()};
+                float* outputs[2] = {outL.data(), outR.data()};
+                float** result = (inPlace = !inPlace) ? inputs : outputs;
+                plugin->processReplacing(inputs, result, frames);
+                ASSERT_TRUE(sameBits(result[0], expectedL.data(), frames))
+                    << "left, program " << program << ", rate choice " << rate;
+                ASSERT_TRUE(sameBits(result[1], expectedR.data(), frames))
+                    << "right, program " << program << ", rate choice " << rate;
+                // The next program change undoes it.
+                plugin->setParameter(static_cast<int32_t>(random() % 5),
+                                     static_cast<float>(random() % 1000) / 999.0f);
+            }
+        }
     }
 }
+
+} // namespace

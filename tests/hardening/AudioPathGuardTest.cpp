@@ -1,179 +1,211 @@
-// The calls a host makes on its audio thread (processReplacing, setParameter, getParameter) must
-// not allocate, free, lock or enter the kernel: any of them can block for an unbounded time and
-// make the host drop out. The module is loaded as a host loads it and driven on a thread where
-// each of those is counted.
+// What a host calls on its audio thread (processReplacing, setParameter, getParameter) must not
+// allocate, free, lock or enter the kernel: each can block for an unbounded time and make the host
+// drop out. This program replaces the C allocator (which operator new and delete call) and the
+// pthread lock calls, and the module binds to the replacements, as the executable comes first in
+// the global scope. A guarded thread also runs under a seccomp filter that turns every system call
+// into SIGSYS. Only an armed thread's calls count; unarmed, memory and locks work and system calls
+// fail quietly, so a guarded thread sets itself up before the filter and reports through memory.
 #include <gtest/gtest.h>
 
+#include <dlfcn.h>
+#include <linux/audit.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <pthread.h>
+#include <signal.h>
+#include <sys/prctl.h>
 #include <sys/syscall.h>
+#include <ucontext.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cerrno>
 #include <cmath>
-#include <cstdlib>
+#include <cstddef>
+#include <functional>
 #include <limits>
 #include <mutex>
-#include <string>
+#include <thread>
 #include <vector>
 
-#include "tests/hardening/CallGuard.h"
 #include "tools/vsthost/VstPlugin.h"
+
+extern "C" {
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* block, size_t size);
+void* __libc_memalign(size_t alignment, size_t size);
+void __libc_free(void* block);
+}
 
 namespace {
 
-std::string describe(const call_guard::Counts& counts)
+// Initial-exec TLS in the executable: reading it never allocates, unlike a lazily created slot.
+__attribute__((tls_model("initial-exec"))) thread_local bool armed = false;
+std::atomic<int> memoryCalls, lockCalls, systemCalls, lastSystemCall;
+
+void count(std::atomic<int>& counter)
 {
-    return "allocations " + std::to_string(counts.allocations) + ", frees " +
-           std::to_string(counts.releases) + ", new " + std::to_string(counts.news) +
-           ", delete " + std::to_string(counts.deletes) + ", locks " +
-           std::to_string(counts.locks) + ", system calls " + std::to_string(counts.systemCalls) +
-           " (last " + std::to_string(counts.lastSystemCall) + ")";
+    if (armed)
+        counter.fetch_add(1, std::memory_order_relaxed);
 }
 
-// Values a host may send, sensible and not: the audio path must treat all of them alike.
-const std::vector<float> kParameterValues = {
-    0.0f,  0.25f, 1.0f,  0.5f, -1.0f, 7.0f, 8.0f, 9.0f, 10.0f, 1e30f,
-    -1e30f, std::numeric_limits<float>::denorm_min(), std::numeric_limits<float>::quiet_NaN(),
-    std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity()};
-
-const std::vector<int> kBlockSizes = {1, 2, 3, 31, 64, 100, 512, 1000, 4096, 8192};
-
-struct StereoBuffers {
-    explicit StereoBuffers(size_t frames)
-        : inL(frames), inR(frames), outL(frames), outR(frames)
-    {
-        for (size_t i = 0; i < frames; ++i) {
-            inL[i] = std::sin(0.01f * static_cast<float>(i));
-            inR[i] = std::cos(0.013f * static_cast<float>(i));
-        }
-    }
-    std::vector<float> inL, inR, outL, outR;
+struct Counts {
+    int memory, locks, systemCalls, lastSystemCall;
 };
 
-class AudioPathGuard : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        ASSERT_TRUE(module.entry()) << module.error();
-        plugin = VstPlugin::create(module);
-        ASSERT_TRUE(plugin);
-    }
-
-    // One pass of everything an audio thread does, over all programs, block sizes and parameter
-    // values, in place and out of place. Dispatcher calls (program switches) are not audio-thread
-    // calls, so they run disarmed. Returns the number of frames processed.
-    long driveAudioPath(StereoBuffers& buffers)
-    {
-        long frames = 0;
-        size_t valueIndex = 0;
-        for (int program = 0; program < 10; ++program) {
-            call_guard::disarm();
-            plugin->dispatch(effSetProgram, 0, program);
-            call_guard::arm();
-            for (int blockSize : kBlockSizes) {
-                for (int index = -1; index <= 6; ++index) {
-                    const float value = kParameterValues[valueIndex++ % kParameterValues.size()];
-                    plugin->setParameter(index, value);
-                    sink = plugin->getParameter(index);
-                }
-                // Sensible settings for the processing itself, so that the stages really run.
-                plugin->setParameter(0, 0.8f);
-                plugin->setParameter(1, 0.3f + 0.05f * static_cast<float>(program));
-                plugin->setParameter(2, 0.7f);
-                plugin->setParameter(3, 0.6f);
-                plugin->setParameter(4, 0.9f);
-                plugin->setParameter(5, static_cast<float>(7 + program % 4));
-
-                float* inputs[2] = {buffers.inL.data(), buffers.inR.data()};
-                float* outputs[2] = {buffers.outL.data(), buffers.outR.data()};
-                plugin->processReplacing(inputs, outputs, blockSize);
-                float* inPlace[2] = {buffers.outL.data(), buffers.outR.data()};
-                plugin->processReplacing(inPlace, inPlace, blockSize);
-                frames += 2 * blockSize;
-            }
-        }
-        call_guard::disarm();
-        return frames;
-    }
-
-    VstModule module{HVT_MODULE_PATH};
-    std::unique_ptr<VstPlugin> plugin;
-    volatile float sink = 0.0f;
-};
-
-TEST_F(AudioPathGuard, seesTheModulesAllocationsWhenArmed)
+Counts takeCounts() // since the last call, on any thread
 {
-    // Without this, a guard that never fires would pass every test below.
-    call_guard::reset();
-    call_guard::arm();
-    AEffect* effect = module.entry()(VstPlugin::defaultCallback);
-    call_guard::disarm();
-    ASSERT_NE(effect, nullptr);
-    EXPECT_GE(call_guard::counts().news, 1u) << "the module's operator new was not intercepted";
-
-    call_guard::reset();
-    call_guard::arm();
-    effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
-    call_guard::disarm();
-    EXPECT_GE(call_guard::counts().deletes, 1u) << "the module's operator delete was not seen";
-
-    // Through volatile pointers, so that the compiler cannot drop the pair.
-    void* (*volatile allocate)(size_t) = malloc;
-    void (*volatile release)(void*) = free;
-    call_guard::reset();
-    call_guard::arm();
-    release(allocate(16));
-    call_guard::disarm();
-    EXPECT_EQ(call_guard::counts().allocations, 1u);
-    EXPECT_EQ(call_guard::counts().releases, 1u);
+    return {memoryCalls.exchange(0), lockCalls.exchange(0), systemCalls.exchange(0),
+            lastSystemCall.exchange(-1)};
 }
 
-TEST_F(AudioPathGuard, seesLocksAndSystemCallsOnAGuardedThread)
+void onSigsys(int, siginfo_t* info, void* context)
 {
-    std::mutex mutex;
-    call_guard::Counts afterLock;
-    call_guard::Counts afterSystemCall;
-    const bool ran = call_guard::runOnGuardedThread([&] {
-        call_guard::reset();
-        call_guard::arm();
-        mutex.lock();
-        mutex.unlock();
-        call_guard::disarm();
-        afterLock = call_guard::counts();
-
-        call_guard::reset();
-        call_guard::arm();
-        syscall(SYS_getppid);
-        call_guard::disarm();
-        afterSystemCall = call_guard::counts();
-    });
-    ASSERT_TRUE(ran) << "the kernel refused the seccomp filter";
-    EXPECT_EQ(afterLock.locks, 1u);
-    EXPECT_EQ(afterSystemCall.systemCalls, 1u);
-    EXPECT_EQ(afterSystemCall.lastSystemCall, SYS_getppid);
+    static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_RAX] = -ENOSYS; // it did not run
+    count(systemCalls);
+    if (armed)
+        lastSystemCall = info->si_syscall;
 }
 
-TEST_F(AudioPathGuard, processingAndParameterChangesNeitherAllocateNorLockNorCallTheKernel)
+// Runs work armed on a new thread on which every system call traps, except returning from the
+// trap handler and ending the thread; false if the kernel refused the filter.
+bool runGuarded(const std::function<void()>& work)
 {
-    StereoBuffers buffers(8192);
-    // The panel, when shown, receives every host change: that path must be as quiet.
-    for (bool editorOpen : {false, true}) {
-        plugin->dispatch(editorOpen ? effEditOpen : effEditClose);
-        long frames = 0;
-        call_guard::Counts counts;
-        call_guard::reset();
-        const bool ran = call_guard::runOnGuardedThread([&] {
-            frames = driveAudioPath(buffers);
-            counts = call_guard::counts();
-        });
-        ASSERT_TRUE(ran) << "the kernel refused the seccomp filter";
-        EXPECT_GT(frames, 0);
-        EXPECT_EQ(counts.total(), 0u)
-            << (editorOpen ? "editor open: " : "editor closed: ") << describe(counts);
-        bool changed = false;
-        for (size_t i = 0; i < buffers.outL.size(); ++i)
-            changed = changed || buffers.outL[i] != buffers.inL[i];
-        EXPECT_TRUE(changed) << "the effect did not process anything";
-    }
-    plugin->dispatch(effEditClose);
+    static sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, arch)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, AUDIT_ARCH_X86_64, 1, 0),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS),
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_rt_sigreturn, 2, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_exit, 1, 0),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_TRAP),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+    static const sock_fprog filter{static_cast<unsigned short>(std::size(program)), program};
+    struct sigaction action = {};
+    action.sa_sigaction = onSigsys;
+    action.sa_flags = SA_SIGINFO;
+    sigaction(SIGSYS, &action, nullptr);
+    takeCounts();
+    bool filtered = false;
+    std::thread([&] {
+        free(malloc(1)); // maps the thread's malloc arena while system calls still work
+        filtered = prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+                   syscall(SYS_seccomp, SECCOMP_SET_MODE_FILTER, 0, &filter) == 0;
+        armed = filtered;
+        if (filtered)
+            work();
+        armed = false;
+    }).join();
+    return filtered;
 }
 
 } // namespace
+
+extern "C" {
+void* malloc(size_t size) { count(memoryCalls); return __libc_malloc(size); }
+void* calloc(size_t n, size_t size) { count(memoryCalls); return __libc_calloc(n, size); }
+void* realloc(void* block, size_t size) { count(memoryCalls); return __libc_realloc(block, size); }
+void free(void* block) { count(memoryCalls); __libc_free(block); }
+void* memalign(size_t a, size_t size) { count(memoryCalls); return __libc_memalign(a, size); }
+void* aligned_alloc(size_t alignment, size_t size) { return memalign(alignment, size); }
+int posix_memalign(void** block, size_t alignment, size_t size)
+{
+    void* memory = memalign(alignment, size);
+    return memory ? (*block = memory, 0) : ENOMEM;
+}
+
+// The next definition is looked up without a static guard, whose first-use protocol could wait.
+#define HVT_COUNTED_LOCK(name, type)                                                            \
+    int name(type* lock)                                                                        \
+    {                                                                                           \
+        count(lockCalls);                                                                       \
+        static std::atomic<void*> next;                                                         \
+        if (!next.load(std::memory_order_relaxed))                                              \
+            next = dlsym(RTLD_NEXT, #name);                                                     \
+        return reinterpret_cast<int (*)(type*)>(next.load())(lock);                             \
+    }
+HVT_COUNTED_LOCK(pthread_mutex_lock, pthread_mutex_t)
+HVT_COUNTED_LOCK(pthread_mutex_trylock, pthread_mutex_t)
+HVT_COUNTED_LOCK(pthread_rwlock_rdlock, pthread_rwlock_t)
+HVT_COUNTED_LOCK(pthread_rwlock_wrlock, pthread_rwlock_t)
+HVT_COUNTED_LOCK(pthread_spin_lock, pthread_spinlock_t)
+} // extern "C"
+
+// Without this, a guard that never fires would pass the test after it.
+TEST(AudioPathGuard, seesTheModulesMemoryCallsAndALockAndASystemCall)
+{
+    const VstModule module(HVT_MODULE_PATH);
+    ASSERT_TRUE(module.entry()) << module.error();
+    takeCounts();
+    armed = true;
+    AEffect* effect = module.entry()(VstPlugin::defaultCallback);
+    const int created = takeCounts().memory;
+    effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
+    armed = false;
+    EXPECT_GE(created, 1) << "the module's operator new was not seen";
+    EXPECT_GE(takeCounts().memory, 1) << "the module's operator delete was not seen";
+
+    std::mutex mutex;
+    Counts locked{}, called{};
+    ASSERT_TRUE(runGuarded([&] {
+        mutex.lock();
+        mutex.unlock();
+        locked = takeCounts();
+        syscall(SYS_getppid);
+        called = takeCounts();
+    })) << "the kernel refused the seccomp filter";
+    EXPECT_EQ(locked.locks, 1);
+    EXPECT_EQ(called.systemCalls, 1);
+    EXPECT_EQ(called.lastSystemCall, SYS_getppid);
+}
+
+TEST(AudioPathGuard, processingAndParameterChangesNeitherAllocateNorLockNorCallTheKernel)
+{
+    const VstModule module(HVT_MODULE_PATH);
+    const auto plugin = VstPlugin::create(module);
+    ASSERT_TRUE(plugin) << module.error();
+    // Values a host may send, sensible and not: the audio path must treat all of them alike.
+    constexpr float kValues[] = {0.0f, 0.25f, 1.0f, -1.0f, 7.0f, 8.0f, 9.0f, 10.0f, 1e30f, -1e30f,
+                                 1e-45f, std::numeric_limits<float>::quiet_NaN(),
+                                 std::numeric_limits<float>::infinity()};
+    std::vector<float> inL(8192), inR(8192), outL(8192), outR(8192);
+    for (size_t i = 0; i < inL.size(); ++i) {
+        inL[i] = std::sin(0.01f * static_cast<float>(i));
+        inR[i] = -inL[i];
+    }
+    // The panel, when shown, receives every host change: that path must be as quiet.
+    for (const bool editorOpen : {false, true}) {
+        plugin->dispatch(editorOpen ? effEditOpen : effEditClose);
+        Counts counts{};
+        ASSERT_TRUE(runGuarded([&] {
+            size_t next = 0;
+            for (int program = 0; program < 10; ++program) {
+                armed = false; // a program switch is a dispatcher call, not an audio-thread one
+                plugin->dispatch(effSetProgram, 0, program);
+                armed = true;
+                for (const int frames : {1, 2, 3, 31, 64, 100, 512, 1000, 4096, 8192}) {
+                    for (int index = -1; index <= 6; ++index) {
+                        plugin->setParameter(index, kValues[next++ % std::size(kValues)]);
+                        plugin->getParameter(index);
+                    }
+                    // Sensible settings for the processing itself, so that both stages run.
+                    for (int index = 0; index < 5; ++index)
+                        plugin->setParameter(index, 0.3f + 0.1f * static_cast<float>(index));
+                    plugin->setParameter(5, static_cast<float>(7 + program % 4));
+                    float* inputs[2] = {inL.data(), inR.data()};
+                    float* outputs[2] = {outL.data(), outR.data()};
+                    plugin->processReplacing(inputs, outputs, frames);
+                    plugin->processReplacing(outputs, outputs, frames);
+                }
+            }
+            counts = takeCounts();
+        })) << "the kernel refused the seccomp filter";
+        EXPECT_EQ(counts.memory, 0) << "editor open: " << editorOpen;
+        EXPECT_EQ(counts.locks, 0) << "editor open: " << editorOpen;
+        EXPECT_EQ(counts.systemCalls, 0) << "editor open: " << editorOpen << ", the last one "
+                                         << counts.lastSystemCall;
+        EXPECT_NE(outL, inL) << "the effect did not process anything";
+    }
+    plugin->dispatch(effEditClose);
+}

@@ -1,121 +1,113 @@
 // A seeded random host: it loads the module as a host does and calls it through the AEffect record
-// with random opcodes, indices, values, floats and block sizes, handing over every buffer between
-// guard pages. After each call it checks that the module wrote nothing outside the buffers, that
-// finite audio came back finite, and that the calls that must not touch their buffers did not.
-// A crash is reported with the call that caused it, so that it can be replayed from the seed.
-//
-//   hvt_dispatch_fuzz [--iterations N] [--seed S] [--module PATH]
+// with random opcodes, indices, values, floats and block sizes, handing over every buffer flush
+// against a guard page. After each call it checks that the module wrote nothing outside the
+// buffers, that finite audio came back finite, and that calls that must not touch their buffers
+// did not. A crash is reported with the call that caused it, to be replayed from the seed:
+//   hvt_dispatch_fuzz [--iterations N] [--seed S]
 #include <signal.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <chrono>
 #include <cinttypes>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <limits>
 #include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "tests/hardening/GuardedBuffer.h"
 #include "tools/vsthost/VstPlugin.h"
 
 namespace {
 
-constexpr int kMaxFrames = 8192;
+constexpr size_t kPage = 4096;
 
-// What the interface says ptr (and for two opcodes value) points at, opcode by opcode. The sizes
-// are the most the module may write: a text limit plus its terminator, or the record's size.
-enum class Argument {
-    None,        // ptr unused: null or a scrap of random bytes
-    TextOut,     // a text buffer of the given size
-    TextIn,      // a terminated text
-    ProgramName, // a text of at most 24 characters, sometimes unterminated at 24
-    Record,      // a record of the given size, random content
-    MidiRecord,  // a MIDI name record whose index field the module reads
-    PointerSlot, // a pointer the module may store through (ERect**, void**)
-    Speakers,    // value and ptr both point at speaker arrangement slots
-    EditOpen,    // null: a non-null ptr would be a host window to embed in
-};
-
-struct OpcodeArguments {
-    Argument kind = Argument::None;
-    size_t size = 0;
-};
-
-constexpr size_t kSpeakerArrangementSize = 8 + 8 * 112;
-constexpr size_t kParameterPropertiesSize = 152;
-constexpr size_t kPatchChunkInfoSize = 64;
-constexpr size_t kOfflineRecordSize = 2048;
-
-OpcodeArguments argumentsOf(VstInt32 opcode)
-{
-    switch (opcode) {
-    case effSetProgramName:
-        return {Argument::ProgramName, 0};
-    case effGetProgramName:
-    case effGetProgramNameIndexed:
-        return {Argument::TextOut, kVstMaxProgNameLen + 1};
-    case effGetParamLabel:
-    case effGetParamDisplay:
-        return {Argument::TextOut, kVstMaxParamStrLen + 1};
-    case effGetParamName:
-        return {Argument::TextOut, 14}; // the longest name, "Tremolo Depth", and a terminator
-    case effEditGetRect:
-    case effGetChunk:
-        return {Argument::PointerSlot, sizeof(void*)};
-    case effEditOpen:
-        return {Argument::EditOpen, 0};
-    case effSetChunk:
-    case effVendorSpecific:
-        return {Argument::Record, 256};
-    case effProcessEvents:
-        return {Argument::Record, 32}; // VstEvents with room for two event pointers
-    case effString2Parameter:
-    case effCanDo:
-        return {Argument::TextIn, 0};
-    case effGetInputProperties:
-    case effGetOutputProperties:
-        return {Argument::Record, sizeof(VstPinProperties)};
-    case effOfflineNotify:
-    case effOfflinePrepare:
-    case effOfflineRun:
-    case effProcessVarIo:
-        return {Argument::Record, kOfflineRecordSize};
-    case effSetSpeakerArrangement:
-        return {Argument::Record, kSpeakerArrangementSize};
-    case effGetSpeakerArrangement:
-        return {Argument::Speakers, sizeof(void*)};
-    case effGetEffectName:
-        return {Argument::TextOut, kVstMaxEffectNameLen + 1};
-    case effGetVendorString:
-    case effGetProductString:
-    case effShellGetNextPlugin:
-        return {Argument::TextOut, kVstMaxVendorStrLen + 1};
-    case effGetParameterProperties:
-        return {Argument::Record, kParameterPropertiesSize};
-    case effGetMidiProgramName:
-    case effGetCurrentMidiProgram:
-        return {Argument::MidiRecord, sizeof(MidiProgramName)};
-    case effGetMidiProgramCategory:
-        return {Argument::MidiRecord, sizeof(MidiProgramCategory)};
-    case effGetMidiKeyName:
-        return {Argument::MidiRecord, sizeof(MidiKeyName)};
-    case effBeginLoadBank:
-    case effBeginLoadProgram:
-        return {Argument::Record, kPatchChunkInfoSize};
-    default:
-        return {Argument::None, 0};
+// Memory followed by an inaccessible page. What the module is handed ends flush against it, so
+// that a read or write past the end faults at once; a canary fills the memory before it, so that
+// a stray write there shows afterwards.
+class GuardedBuffer {
+public:
+    explicit GuardedBuffer(size_t bytes) : capacity((bytes + kPage - 1) / kPage * kPage)
+    {
+        void* mapped = mmap(nullptr, capacity + kPage, PROT_READ | PROT_WRITE,
+                            MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (mapped == MAP_FAILED ||
+            mprotect(static_cast<uint8_t*>(mapped) + capacity, kPage, PROT_NONE) != 0)
+            std::abort();
+        placed = base = static_cast<uint8_t*>(mapped);
+        std::memset(base, kCanary, capacity);
     }
-}
+    ~GuardedBuffer() { munmap(base, capacity + kPage); }
+    GuardedBuffer(const GuardedBuffer&) = delete;
 
-// --- What a crash report prints: the call in progress, formatted before it is made. ---
+    // Bytes of undefined content; the previous placement must have been checked since.
+    uint8_t* place(size_t bytes)
+    {
+        std::memset(placed, kCanary, base + capacity - placed);
+        return placed = base + capacity - bytes;
+    }
 
+    bool canaryIntact() const
+    {
+        static const std::vector<uint8_t> canary(kPage, kCanary);
+        for (const uint8_t* p = base; p < placed; p += kPage)
+            if (std::memcmp(p, canary.data(), std::min<size_t>(kPage, placed - p)) != 0)
+                return false;
+        return true;
+    }
+
+private:
+    static constexpr uint8_t kCanary = 0xA5;
+    size_t capacity;
+    uint8_t* base;
+    uint8_t* placed;
+};
+
+// What ptr points at, opcode by opcode, and the most the module may write or read there: a text
+// limit plus its terminator, or the record's size. Other opcodes get null or a scrap of bytes.
+enum class Kind { Scrap, Bytes, Text, ProgramName, PointerSlot, Speakers, Null };
+struct Argument {
+    VstInt32 opcode;
+    Kind kind;
+    size_t size;
+};
+constexpr size_t kProgramName = kVstMaxProgNameLen + 1, kString = kVstMaxVendorStrLen + 1;
+constexpr Argument kArguments[] = {
+    {effSetProgramName, Kind::ProgramName, kVstMaxProgNameLen},
+    {effGetProgramName, Kind::Bytes, kProgramName},
+    {effGetProgramNameIndexed, Kind::Bytes, kProgramName},
+    {effGetParamLabel, Kind::Bytes, kVstMaxParamStrLen + 1},
+    {effGetParamDisplay, Kind::Bytes, kVstMaxParamStrLen + 1},
+    {effGetParamName, Kind::Bytes, 14}, // the longest name, "Tremolo Depth", and a terminator
+    {effGetEffectName, Kind::Bytes, kVstMaxEffectNameLen + 1},
+    {effGetVendorString, Kind::Bytes, kString}, {effGetProductString, Kind::Bytes, kString},
+    {effShellGetNextPlugin, Kind::Bytes, kString},
+    {effString2Parameter, Kind::Text, 40}, {effCanDo, Kind::Text, 40},
+    {effEditGetRect, Kind::PointerSlot, 8}, {effGetChunk, Kind::PointerSlot, 8},
+    {effGetSpeakerArrangement, Kind::Speakers, 8}, // ptr and value: VstSpeakerArrangement**
+    {effEditOpen, Kind::Null, 0}, // a non-null ptr would be a host window to embed in
+    {effSetChunk, Kind::Bytes, 256}, {effVendorSpecific, Kind::Bytes, 256},
+    {effProcessEvents, Kind::Bytes, 32}, // VstEvents with room for two event pointers
+    {effGetInputProperties, Kind::Bytes, sizeof(VstPinProperties)},
+    {effGetOutputProperties, Kind::Bytes, sizeof(VstPinProperties)},
+    {effOfflineNotify, Kind::Bytes, 2048}, {effOfflinePrepare, Kind::Bytes, 2048},
+    {effOfflineRun, Kind::Bytes, 2048}, {effProcessVarIo, Kind::Bytes, 2048},
+    {effSetSpeakerArrangement, Kind::Bytes, 8 + 8 * 112}, // and value: an arrangement as well
+    {effGetParameterProperties, Kind::Bytes, 152},
+    {effGetMidiProgramName, Kind::Bytes, sizeof(MidiProgramName)},
+    {effGetCurrentMidiProgram, Kind::Bytes, sizeof(MidiProgramName)},
+    {effGetMidiProgramCategory, Kind::Bytes, sizeof(MidiProgramCategory)},
+    {effGetMidiKeyName, Kind::Bytes, sizeof(MidiKeyName)},
+    {effBeginLoadBank, Kind::Bytes, 64}, {effBeginLoadProgram, Kind::Bytes, 64}};
+
+// The call in progress, formatted before it is made, for the crash report.
 char currentCall[256] = "no call yet";
 
 void onFatalSignal(int signalNumber)
@@ -132,474 +124,274 @@ class Fuzzer {
 public:
     Fuzzer(const VstModule& module, uint64_t seed) : module(module), random(seed)
     {
-        fillSamplePool();
+        // Finite audio stays below 1e20: a gain a host can set (parameters far outside 0 to 1)
+        // multiplies by up to about 1e8, and audio does not come near the float range anyway.
+        for (float& sample : pool) {
+            const uint32_t pick = below(1000);
+            sample = pick < 900 ? uniform(-1.0f, 1.0f)
+                     : pick < 950 ? 1e-45f * static_cast<float>(below(1000))
+                     : pick < 990 ? 0.0f
+                                  : uniform(-1e20f, 1e20f);
+        }
     }
 
-    // Returns false at the first failed check, after saying why.
-    bool run(uint64_t iterations);
-    void printSummary(double seconds) const;
+    // False at the first failed check, after saying why.
+    bool run(uint64_t iterations)
+    {
+        for (iteration = 0; iteration < iterations; ++iteration) {
+            if (!effect) {
+                call("VSTPluginMain");
+                if (!(effect = module.entry()(VstPlugin::defaultCallback)))
+                    return fail("VSTPluginMain returned null");
+            }
+            const uint32_t pick = below(100);
+            if (!(pick < 40 ? dispatch() : pick < 75 ? parameter(pick < 65) : process(pick >= 98)))
+                return false;
+        }
+        if (effect)
+            effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
+        return true;
+    }
 
 private:
-    struct Tally {
-        uint64_t dispatches = 0, setParameters = 0, getParameters = 0, processes = 0,
-                 otherProcesses = 0, recreations = 0;
-    };
-
-    bool step();
-    bool dispatchRandomOpcode();
-    bool setRandomParameter();
-    bool getRandomParameter();
-    bool processRandomBlock();
-    bool callDeprecatedProcess();
-    bool fail(const char* why);
-    bool ensureEffect();
-
-    VstInt32 randomOpcode();
-    VstInt32 randomIndex();
-    VstIntPtr randomValue();
-    float randomFloat();
-    void fillSamplePool();
-    void fillAudio(float* samples, size_t count, bool finite);
     bool chance(double probability) { return std::bernoulli_distribution(probability)(random); }
-    uint32_t below(uint32_t bound) { return std::uniform_int_distribution<uint32_t>(0, bound - 1)(random); }
-    void fillRandom(uint8_t* bytes, size_t size);
+    uint32_t below(uint32_t n) { return std::uniform_int_distribution<uint32_t>(0, n - 1)(random); }
+    float uniform(float a, float b) { return std::uniform_real_distribution<float>(a, b)(random); }
+    template <typename T, size_t n> T pickFrom(const T (&values)[n]) { return values[below(n)]; }
 
-    static constexpr uint32_t kSamplePoolSize = 1 << 16;
-
-    const VstModule& module;
-    std::mt19937_64 random;
-    std::vector<float> samplePool;
-    AEffect* effect = nullptr;
-    uint64_t iteration = 0;
-    Tally tally;
-
-    GuardedBuffer argument{4096};
-    GuardedBuffer second{4096};
-    GuardedBuffer channels[4] = {GuardedBuffer(kMaxFrames * sizeof(float)),
-                                 GuardedBuffer(kMaxFrames * sizeof(float)),
-                                 GuardedBuffer(kMaxFrames * sizeof(float)),
-                                 GuardedBuffer(kMaxFrames * sizeof(float))};
-    std::vector<float> before[4] = {std::vector<float>(kMaxFrames), std::vector<float>(kMaxFrames),
-                                    std::vector<float>(kMaxFrames), std::vector<float>(kMaxFrames)};
-};
-
-bool Fuzzer::run(uint64_t iterations)
-{
-    for (iteration = 0; iteration < iterations; ++iteration) {
-        if (!ensureEffect())
-            return fail("VSTPluginMain returned null");
-        if (!step())
-            return false;
+    __attribute__((format(printf, 2, 3))) void call(const char* format, ...)
+    {
+        const int used = snprintf(currentCall, sizeof currentCall, "call %" PRIu64 ": ", iteration);
+        va_list arguments;
+        va_start(arguments, format);
+        vsnprintf(currentCall + used, sizeof currentCall - used, format, arguments);
+        va_end(arguments);
     }
-    if (effect)
-        effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
-    effect = nullptr;
-    return true;
-}
 
-bool Fuzzer::ensureEffect()
-{
-    if (effect)
-        return true;
-    snprintf(currentCall, sizeof currentCall, "call %" PRIu64 ": VSTPluginMain", iteration);
-    effect = module.entry()(VstPlugin::defaultCallback);
-    ++tally.recreations;
-    return effect != nullptr;
-}
-
-bool Fuzzer::step()
-{
-    const uint32_t pick = below(100);
-    if (pick < 40)
-        return dispatchRandomOpcode();
-    if (pick < 65)
-        return setRandomParameter();
-    if (pick < 75)
-        return getRandomParameter();
-    if (pick < 98)
-        return processRandomBlock();
-    return callDeprecatedProcess();
-}
-
-bool Fuzzer::fail(const char* why)
-{
-    fprintf(stderr, "hvt_dispatch_fuzz: %s\n  in %s\n", why, currentCall);
-    return false;
-}
-
-VstInt32 Fuzzer::randomOpcode()
-{
-    const uint32_t pick = below(100);
-    if (pick < 80)
-        return static_cast<VstInt32>(below(80));
-    if (pick < 95)
-        return static_cast<VstInt32>(below(106)) - 5;
-    return static_cast<VstInt32>(random());
-}
-
-VstInt32 Fuzzer::randomIndex()
-{
-    static constexpr VstInt32 edges[] = {std::numeric_limits<VstInt32>::min(),
-                                         std::numeric_limits<VstInt32>::max(), -1, 6, 9, 10, 16};
-    const uint32_t pick = below(100);
-    if (pick < 75)
-        return static_cast<VstInt32>(below(12)) - 1;
-    if (pick < 85)
-        return static_cast<VstInt32>(below(140));
-    if (pick < 95)
-        return edges[below(std::size(edges))];
-    return static_cast<VstInt32>(random());
-}
-
-VstIntPtr Fuzzer::randomValue()
-{
-    static constexpr VstIntPtr edges[] = {
-        std::numeric_limits<VstIntPtr>::min(), std::numeric_limits<VstIntPtr>::max(),
-        std::numeric_limits<VstInt32>::min(),  std::numeric_limits<VstInt32>::max(),
-        VstIntPtr(1) << 32,                    (VstIntPtr(1) << 32) + 3,
-        -1, 0, 10, 4096, 0x2A1};
-    const uint32_t pick = below(100);
-    if (pick < 60)
-        return static_cast<VstIntPtr>(below(20)) - 2;
-    if (pick < 85)
-        return edges[below(std::size(edges))];
-    return static_cast<VstIntPtr>(random());
-}
-
-float Fuzzer::randomFloat()
-{
-    static const float specials[] = {
-        0.0f, -0.0f, 1.0f, -1.0f, 0.5f, 7.0f, 8.0f, 9.0f, 10.0f, 9.9f, 0.999f, 100.0f, 1800.2f,
-        3600.4f, 18002.0f, 1e9f, 1e30f, -1e30f,
-        std::numeric_limits<float>::max(), -std::numeric_limits<float>::max(),
-        std::numeric_limits<float>::min(), std::numeric_limits<float>::denorm_min(),
-        -std::numeric_limits<float>::denorm_min(), std::numeric_limits<float>::min() / 3.0f,
-        std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(),
-        std::numeric_limits<float>::quiet_NaN(), -std::numeric_limits<float>::quiet_NaN(),
-        std::numeric_limits<float>::signaling_NaN()};
-    const uint32_t pick = below(100);
-    if (pick < 45)
-        return std::uniform_real_distribution<float>(0.0f, 1.0f)(random);
-    if (pick < 55)
-        return std::uniform_real_distribution<float>(-3.0f, 12.0f)(random);
-    if (pick < 90)
-        return specials[below(std::size(specials))];
-    const uint32_t bits = static_cast<uint32_t>(random());
-    float value;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
-
-// Audio as a host may send it, drawn once into a pool that blocks are copied from. Finite samples
-// stay below 1e20 in size: a gain a host can set (parameters far outside 0 to 1) multiplies by up
-// to about 1e8, and audio does not come near the float range anyway.
-void Fuzzer::fillSamplePool()
-{
-    samplePool.resize(2 * kMaxFrames + kSamplePoolSize);
-    for (float& sample : samplePool) {
-        const uint32_t pick = below(1000);
-        if (pick < 900)
-            sample = std::uniform_real_distribution<float>(-1.0f, 1.0f)(random);
-        else if (pick < 950)
-            sample = std::numeric_limits<float>::denorm_min() * static_cast<float>(below(1000));
-        else if (pick < 990)
-            sample = 0.0f;
-        else
-            sample = std::uniform_real_distribution<float>(-1e20f, 1e20f)(random);
+    bool fail(const char* why)
+    {
+        fprintf(stderr, "hvt_dispatch_fuzz: FAULT FOUND: %s\n  in %s\n", why, currentCall);
+        return false;
     }
-}
 
-void Fuzzer::fillAudio(float* samples, size_t count, bool finite)
-{
-    std::memcpy(samples, samplePool.data() + below(kSamplePoolSize), count * sizeof(float));
-    if (finite)
-        return;
-    static const float nonFinite[] = {std::numeric_limits<float>::quiet_NaN(),
-                                      std::numeric_limits<float>::infinity(),
-                                      -std::numeric_limits<float>::infinity()};
-    for (size_t k = 0, spoilt = 1 + count / 64; k < spoilt; ++k)
-        samples[below(static_cast<uint32_t>(count))] = nonFinite[below(3)];
-}
-
-void Fuzzer::fillRandom(uint8_t* bytes, size_t size)
-{
-    for (size_t i = 0; i < size; i += sizeof(uint64_t)) {
-        const uint64_t word = random();
-        std::memcpy(bytes + i, &word, std::min(sizeof word, size - i));
+    // Mostly numbers around the valid indices and values, sometimes an edge, rarely anything.
+    int64_t randomNumber()
+    {
+        constexpr int64_t edges[] = {INT64_MIN, INT64_MAX, INT32_MIN, INT32_MAX, 1ll << 32,
+                                     (1ll << 32) + 3, -1, 0, 6, 9, 10, 16, 4096, 0x2A1};
+        const uint32_t pick = below(100);
+        return pick < 65 ? static_cast<int64_t>(below(14)) - 2
+               : pick < 75 ? below(140)
+               : pick < 92 ? pickFrom(edges)
+                           : static_cast<int64_t>(random());
     }
-}
 
-bool Fuzzer::dispatchRandomOpcode()
-{
-    const VstInt32 opcode = randomOpcode();
-    const VstInt32 index = randomIndex();
-    VstIntPtr value = randomValue();
-    const float opt = randomFloat();
-    const OpcodeArguments arguments = argumentsOf(opcode);
-    const bool atEnd = chance(0.5);
-    void* ptr = nullptr;
-    bool usesSecond = false;
-
-    switch (arguments.kind) {
-    case Argument::None:
-        if (chance(0.5)) {
-            ptr = argument.place(64, atEnd);
-            fillRandom(argument.data(), 64);
-        }
-        break;
-    case Argument::TextOut:
-    case Argument::Record:
-    case Argument::MidiRecord:
-        ptr = argument.place(arguments.size, atEnd);
-        fillRandom(argument.data(), arguments.size);
-        if (arguments.kind == Argument::MidiRecord) {
-            // The first field of each MIDI name record is the index the host asks about.
-            const VstInt32 asked = chance(0.8) ? static_cast<VstInt32>(below(140)) - 2 : randomIndex();
-            std::memcpy(ptr, &asked, sizeof asked);
-        }
-        if (opcode == effProcessEvents) {
-            const VstInt32 none = 0;
-            std::memcpy(ptr, &none, sizeof none);
-        }
-        if (opcode == effSetChunk || opcode == effSetSpeakerArrangement)
-            value = static_cast<VstIntPtr>(arguments.size);
-        if (opcode == effSetSpeakerArrangement) {
-            second.place(kSpeakerArrangementSize, atEnd);
-            fillRandom(second.data(), kSpeakerArrangementSize);
-            value = reinterpret_cast<VstIntPtr>(second.data());
-            usesSecond = true;
-        }
-        break;
-    case Argument::TextIn: {
-        const size_t length = below(41);
-        char* text = reinterpret_cast<char*>(argument.place(length + 1, atEnd));
-        for (size_t i = 0; i < length; ++i)
-            text[i] = static_cast<char>(' ' + below(95));
-        text[length] = 0;
-        ptr = text;
-        break;
+    float randomFloat()
+    {
+        using limits = std::numeric_limits<float>;
+        static const float specials[] = {
+            0.0f, -0.0f, 1.0f, -1.0f, 0.5f, 7.0f, 8.0f, 9.0f, 10.0f, 9.9f, 0.999f, 100.0f, 1800.2f,
+            3600.4f, 18002.0f, 1e9f, 1e30f, -1e30f, limits::max(), -limits::max(), limits::min(),
+            limits::denorm_min(), -limits::denorm_min(), limits::min() / 3.0f, limits::infinity(),
+            -limits::infinity(), limits::quiet_NaN(), -limits::quiet_NaN(),
+            limits::signaling_NaN()};
+        const uint32_t pick = below(100);
+        return pick < 45   ? uniform(0.0f, 1.0f)
+               : pick < 55 ? uniform(-3.0f, 12.0f)
+               : pick < 90 ? pickFrom(specials)
+                           : std::bit_cast<float>(static_cast<uint32_t>(random()));
     }
-    case Argument::ProgramName: {
-        // Up to the 24 characters the module copies; at 24 the host need not terminate.
-        const size_t length = below(kVstMaxProgNameLen + 1);
-        const bool terminated = length < kVstMaxProgNameLen || chance(0.5);
-        char* text = reinterpret_cast<char*>(argument.place(length + (terminated ? 1 : 0), atEnd));
+
+    uint8_t* randomBytes(GuardedBuffer& buffer, size_t size)
+    {
+        uint8_t* bytes = buffer.place(size);
+        for (size_t i = 0; i < size; i += 8) {
+            const uint64_t word = random();
+            std::memcpy(bytes + i, &word, std::min<size_t>(8, size - i));
+        }
+        return bytes;
+    }
+
+    char* text(size_t length, bool terminated)
+    {
+        auto* text = reinterpret_cast<char*>(argument.place(length + terminated));
         for (size_t i = 0; i < length; ++i)
             text[i] = static_cast<char>(' ' + below(95));
         if (terminated)
             text[length] = 0;
-        ptr = text;
-        break;
-    }
-    case Argument::PointerSlot:
-        ptr = argument.place(sizeof(void*), atEnd);
-        std::memset(ptr, 0, sizeof(void*));
-        break;
-    case Argument::Speakers:
-        ptr = argument.place(sizeof(void*), atEnd);
-        second.place(sizeof(void*), !atEnd);
-        fillRandom(argument.data(), sizeof(void*));
-        fillRandom(second.data(), sizeof(void*));
-        value = reinterpret_cast<VstIntPtr>(second.data());
-        usesSecond = true;
-        break;
-    case Argument::EditOpen:
-        break;
+        return text;
     }
 
-    snprintf(currentCall, sizeof currentCall,
-             "call %" PRIu64 ": dispatcher(opcode %d, index %d, value %" PRIdPTR ", ptr %p, opt %a)",
-             iteration, opcode, index, value, ptr, static_cast<double>(opt));
-    ++tally.dispatches;
-    const VstIntPtr result = effect->dispatcher(effect, opcode, index, value, ptr, opt);
+    bool dispatch()
+    {
+        const auto opcode = static_cast<VstInt32>(below(100) < 80 ? below(80)
+                                                  : chance(0.75)  ? below(106) - 5
+                                                                  : random());
+        const auto index = static_cast<VstInt32>(randomNumber());
+        VstIntPtr value = randomNumber();
+        const float opt = randomFloat();
+        const auto* found = std::find_if(std::begin(kArguments), std::end(kArguments),
+                                         [&](const Argument& a) { return a.opcode == opcode; });
+        const Argument arg = found == std::end(kArguments) ? Argument{0, Kind::Scrap, 64} : *found;
+        void* ptr = nullptr;
+        if (arg.kind == Kind::Bytes || (arg.kind == Kind::Scrap && chance(0.5))) {
+            ptr = randomBytes(argument, arg.size);
+            // The first field of a MIDI name record is the index asked about, of VstEvents the
+            // number of events (none: the pointers after it are random bytes).
+            const int first = opcode == effProcessEvents ? 0 : static_cast<int>(below(140)) - 2;
+            std::memcpy(ptr, &first, sizeof first);
+        } else if (arg.kind == Kind::Text || arg.kind == Kind::ProgramName) {
+            // A program name is copied up to 24 characters; at 24 the host need not terminate.
+            const size_t length = below(arg.size + 1);
+            ptr = text(length, length < arg.size || arg.kind == Kind::Text || chance(0.5));
+        } else if (arg.kind == Kind::PointerSlot) {
+            ptr = std::memset(argument.place(arg.size), 0, arg.size);
+        } else if (arg.kind == Kind::Speakers) {
+            ptr = randomBytes(argument, arg.size);
+        }
+        const bool usesSecond = opcode == effSetSpeakerArrangement || arg.kind == Kind::Speakers;
+        if (usesSecond)
+            value = reinterpret_cast<VstIntPtr>(randomBytes(second, arg.size));
+        if (opcode == effSetChunk)
+            value = static_cast<VstIntPtr>(arg.size);
 
-    if (opcode == effClose) {
-        effect = nullptr; // the record is gone; the next call makes a new effect
+        call("dispatcher(opcode %d, index %d, value %" PRIdPTR ", ptr %p, opt %a)", opcode, index,
+             value, ptr, static_cast<double>(opt));
+        const VstIntPtr result = effect->dispatcher(effect, opcode, index, value, ptr, opt);
+        if (opcode == effClose) {
+            effect = nullptr; // the record is gone; the next call makes a new effect
+            return true;
+        }
+        if (!argument.canaryIntact() || !second.canaryIntact())
+            return fail("wrote outside a buffer it was given");
+        if (arg.kind == Kind::PointerSlot && result != 0) {
+            // What the module stored must be readable: ERect for the editor, chunk bytes else.
+            const uint8_t* stored = *static_cast<uint8_t* const*>(ptr);
+            if (!stored)
+                return fail("answered true but stored a null pointer");
+            volatile uint8_t sum = 0;
+            const VstIntPtr readable = opcode == effEditGetRect ? sizeof(ERect) : result;
+            for (VstIntPtr i = 0; i < readable; ++i)
+                sum = sum + stored[i];
+        }
         return true;
     }
-    if (ptr && !argument.outsideUntouched())
-        return fail("wrote outside the buffer it was given");
-    if (usesSecond && !second.outsideUntouched())
-        return fail("wrote outside the second buffer it was given");
-    if (arguments.kind == Argument::PointerSlot && result != 0) {
-        // What the module stored must be readable: ERect for the editor, chunk bytes otherwise.
-        const uint8_t* stored = *static_cast<uint8_t* const*>(ptr);
-        if (!stored)
-            return fail("answered true but stored a null pointer");
-        const size_t readable = opcode == effEditGetRect ? sizeof(ERect) : static_cast<size_t>(result);
-        volatile uint8_t sum = 0;
-        for (size_t i = 0; i < readable; ++i)
-            sum = sum + stored[i];
+
+    bool parameter(bool set)
+    {
+        const auto index = static_cast<VstInt32>(randomNumber());
+        if (set) {
+            const float value = randomFloat();
+            call("setParameter(%d, %a)", index, static_cast<double>(value));
+            effect->setParameter(effect, index, value);
+            return true;
+        }
+        call("getParameter(%d)", index);
+        const bool exists = index >= 0 && index <= 5;
+        return effect->getParameter(effect, index) == 0.0f || exists ||
+               fail("a parameter that does not exist read other than 0");
     }
-    return true;
-}
 
-bool Fuzzer::setRandomParameter()
-{
-    const VstInt32 index = randomIndex();
-    const float value = randomFloat();
-    snprintf(currentCall, sizeof currentCall, "call %" PRIu64 ": setParameter(%d, %a)", iteration,
-             index, static_cast<double>(value));
-    ++tally.setParameters;
-    effect->setParameter(effect, index, value);
-    return true;
-}
-
-bool Fuzzer::getRandomParameter()
-{
-    const VstInt32 index = randomIndex();
-    snprintf(currentCall, sizeof currentCall, "call %" PRIu64 ": getParameter(%d)", iteration,
-             index);
-    ++tally.getParameters;
-    const float value = effect->getParameter(effect, index);
-    if ((index < 0 || index > 5) && value != 0.0f)
-        return fail("a parameter that does not exist read other than 0");
-    return true;
-}
-
-bool Fuzzer::processRandomBlock()
-{
-    // Mostly sizes a host uses, sometimes any size up to the largest, rarely none or negative.
-    static constexpr VstInt32 common[] = {1, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192};
-    const uint32_t pick = below(100);
-    VstInt32 frames;
-    if (pick < 50)
-        frames = common[below(std::size(common))];
-    else if (pick < 98)
-        frames = static_cast<VstInt32>(below(kMaxFrames)) + 1;
-    else
-        frames = -static_cast<VstInt32>(below(3));
-
-    const bool finite = chance(0.95);
-    const bool inPlace = chance(0.3);
-    const size_t count = frames > 0 ? static_cast<size_t>(frames) : 64;
-    float* pointers[4];
-    for (int c = 0; c < 4; ++c) {
-        pointers[c] = reinterpret_cast<float*>(channels[c].place(count * sizeof(float), chance(0.5)));
-        fillAudio(pointers[c], count, finite);
-        std::memcpy(before[c].data(), pointers[c], count * sizeof(float));
-    }
-    float* inputs[2] = {pointers[0], pointers[1]};
-    float* outputs[2] = {inPlace ? pointers[0] : pointers[2], inPlace ? pointers[1] : pointers[3]};
-
-    snprintf(currentCall, sizeof currentCall,
-             "call %" PRIu64 ": processReplacing(%d frames, %s, %s input)", iteration, frames,
-             inPlace ? "in place" : "separate buffers", finite ? "finite" : "non-finite");
-    ++tally.processes;
-    effect->processReplacing(effect, inputs, outputs, frames);
-
-    for (int c = 0; c < 4; ++c)
-        if (!channels[c].outsideUntouched())
-            return fail("wrote outside an audio buffer");
-    if (frames <= 0) {
-        for (int c = 0; c < 4; ++c)
-            if (std::memcmp(before[c].data(), pointers[c], count * sizeof(float)) != 0)
-                return fail("changed audio when asked for no frames");
+    // processReplacing, or (deprecated) the accumulating or double-precision entry, which do
+    // nothing in this module and must leave every buffer as it was.
+    bool process(bool deprecated)
+    {
+        constexpr VstInt32 common[] = {1, 16, 32, 64, 128, 256, 512, 1024, 2048, 4096, 8192};
+        const uint32_t pick = below(100);
+        const VstInt32 frames = deprecated ? static_cast<VstInt32>(below(kMaxFrames / 2)) + 1
+                                : pick < 50 ? pickFrom(common)
+                                : pick < 98 ? static_cast<VstInt32>(below(kMaxFrames)) + 1
+                                            : -static_cast<VstInt32>(below(3));
+        const bool doubles = deprecated && chance(0.5);
+        const bool finite = deprecated || chance(0.95);
+        const int out = deprecated || !chance(0.3) ? 2 : 0; // 0: in place
+        const size_t samples = frames > 0 ? frames : 64;
+        const size_t bytes = samples * (doubles ? sizeof(double) : sizeof(float));
+        void* channel[4];
+        for (int c = 0; c < 4; ++c) {
+            channel[c] = deprecated ? randomBytes(channels[c], bytes) : channels[c].place(bytes);
+            if (!deprecated)
+                std::memcpy(channel[c], pool.data() + below(kPoolSize), bytes);
+            for (size_t k = 0, spoilt = finite ? 0 : 1 + samples / 64; k < spoilt; ++k)
+                static_cast<float*>(channel[c])[below(samples)] = pickFrom(kNonFinite);
+            std::memcpy(before[c].data(), channel[c], bytes);
+        }
+        call("%s(%d frames, %s, %s input)",
+             !deprecated ? "processReplacing" : doubles ? "processDoubleReplacing" : "process",
+             frames, out ? "separate buffers" : "in place", finite ? "finite" : "non-finite");
+        if (doubles) {
+            double* pointers[4];
+            std::memcpy(pointers, channel, sizeof channel);
+            effect->processDoubleReplacing(effect, pointers, pointers + 2, frames);
+        } else {
+            float* pointers[4];
+            std::memcpy(pointers, channel, sizeof channel);
+            (deprecated ? effect->process : effect->processReplacing)(effect, pointers,
+                                                                      pointers + out, frames);
+            if (finite && !deprecated)
+                for (int c = out; c < out + 2; ++c)
+                    for (VstInt32 i = 0; i < frames; ++i)
+                        if (!std::isfinite(pointers[c][i]))
+                            return fail("turned finite input into a non-finite output");
+        }
+        for (int c = 0; c < 4; ++c) {
+            if (!channels[c].canaryIntact())
+                return fail("wrote outside an audio buffer");
+            const bool output = !deprecated && frames > 0 && c >= out && c < out + 2;
+            if (!output && std::memcmp(before[c].data(), channel[c], bytes) != 0)
+                return fail("changed a buffer it must leave alone");
+        }
         return true;
     }
-    if (!inPlace)
-        for (int c = 0; c < 2; ++c)
-            if (std::memcmp(before[c].data(), pointers[c], count * sizeof(float)) != 0)
-                return fail("changed its input buffers");
-    if (finite)
-        for (int c = 0; c < 2; ++c)
-            for (size_t i = 0; i < count; ++i)
-                if (!std::isfinite(outputs[c][i]))
-                    return fail("turned finite input into a non-finite output");
-    return true;
-}
 
-// The accumulating and the double-precision entries do nothing in this module: they must leave
-// every buffer as it was.
-bool Fuzzer::callDeprecatedProcess()
-{
-    const VstInt32 frames = static_cast<VstInt32>(below(kMaxFrames / 2)) + 1;
-    const bool doubles = chance(0.5);
-    const size_t bytes = static_cast<size_t>(frames) * (doubles ? sizeof(double) : sizeof(float));
-    uint8_t* pointers[4];
-    for (int c = 0; c < 4; ++c) {
-        pointers[c] = channels[c].place(bytes, chance(0.5));
-        fillRandom(pointers[c], bytes);
-        std::memcpy(before[c].data(), pointers[c], bytes);
-    }
-    snprintf(currentCall, sizeof currentCall, "call %" PRIu64 ": %s(%d frames)", iteration,
-             doubles ? "processDoubleReplacing" : "process", frames);
-    ++tally.otherProcesses;
-    if (doubles) {
-        double* inputs[2] = {reinterpret_cast<double*>(pointers[0]),
-                             reinterpret_cast<double*>(pointers[1])};
-        double* outputs[2] = {reinterpret_cast<double*>(pointers[2]),
-                              reinterpret_cast<double*>(pointers[3])};
-        effect->processDoubleReplacing(effect, inputs, outputs, frames);
-    } else {
-        float* inputs[2] = {reinterpret_cast<float*>(pointers[0]),
-                            reinterpret_cast<float*>(pointers[1])};
-        float* outputs[2] = {reinterpret_cast<float*>(pointers[2]),
-                             reinterpret_cast<float*>(pointers[3])};
-        effect->process(effect, inputs, outputs, frames);
-    }
-    for (int c = 0; c < 4; ++c)
-        if (!channels[c].outsideUntouched() ||
-            std::memcmp(before[c].data(), pointers[c], bytes) != 0)
-            return fail("an entry that does nothing changed a buffer");
-    return true;
-}
-
-void Fuzzer::printSummary(double seconds) const
-{
-    const uint64_t calls = tally.dispatches + tally.setParameters + tally.getParameters +
-                           tally.processes + tally.otherProcesses;
-    printf("hvt_dispatch_fuzz: %" PRIu64 " calls in %.1f s: %" PRIu64 " dispatcher, %" PRIu64
-           " setParameter, %" PRIu64 " getParameter, %" PRIu64 " processReplacing, %" PRIu64
-           " process/processDoubleReplacing; %" PRIu64 " effects created\n",
-           calls, seconds, tally.dispatches, tally.setParameters, tally.getParameters,
-           tally.processes, tally.otherProcesses, tally.recreations);
-}
-
-bool parseNumber(const char* text, uint64_t& number)
-{
-    char* end = nullptr;
-    number = std::strtoull(text, &end, 0);
-    return end && *end == 0 && end != text;
-}
+    static constexpr int kMaxFrames = 8192;
+    static constexpr uint32_t kPoolSize = 1 << 16;
+    static constexpr float kNonFinite[] = {std::numeric_limits<float>::quiet_NaN(),
+                                           std::numeric_limits<float>::infinity(),
+                                           -std::numeric_limits<float>::infinity()};
+    const VstModule& module;
+    std::mt19937_64 random;
+    std::vector<float> pool = std::vector<float>(kMaxFrames + kPoolSize);
+    AEffect* effect = nullptr;
+    uint64_t iteration = 0;
+    GuardedBuffer argument{kPage}, second{kPage};
+    // Room for the most a call uses: kMaxFrames floats, or half as many doubles.
+    static constexpr size_t kBytes = kMaxFrames * sizeof(float);
+    GuardedBuffer channels[4]{GuardedBuffer(kBytes), GuardedBuffer(kBytes), GuardedBuffer(kBytes),
+                              GuardedBuffer(kBytes)};
+    std::vector<uint8_t> before[4]{std::vector<uint8_t>(kBytes), std::vector<uint8_t>(kBytes),
+                                   std::vector<uint8_t>(kBytes), std::vector<uint8_t>(kBytes)};
+};
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    uint64_t iterations = 1000000;
-    uint64_t seed = 1;
-    std::string modulePath = HVT_MODULE_PATH;
-    for (int i = 1; i < argc; ++i) {
+    uint64_t iterations = 1000000, seed = 1;
+    bool usage = argc % 2 == 0;
+    for (int i = 1; i + 1 < argc && !usage; i += 2) {
         const std::string option = argv[i];
-        const bool hasValue = i + 1 < argc;
-        if (option == "--iterations" && hasValue && parseNumber(argv[i + 1], iterations)) {
-            ++i;
-        } else if (option == "--seed" && hasValue && parseNumber(argv[i + 1], seed)) {
-            ++i;
-        } else if (option == "--module" && hasValue) {
-            modulePath = argv[++i];
-        } else {
-            fprintf(stderr, "usage: %s [--iterations N] [--seed S] [--module PATH]\n", argv[0]);
-            return 2;
-        }
+        char* end = nullptr;
+        (option == "--seed" ? seed : iterations) = std::strtoull(argv[i + 1], &end, 0);
+        usage = *end != 0 || end == argv[i + 1] || (option != "--seed" && option != "--iterations");
     }
-
+    if (usage) {
+        fprintf(stderr, "usage: %s [--iterations N] [--seed S]\n", argv[0]);
+        return 2;
+    }
     // Sanitizer findings end in abort() too when run with abort_on_error=1 (tests/sanitizers.sh).
-    for (int signalNumber : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+    for (const int signalNumber : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
         signal(signalNumber, onFatalSignal);
-
-    VstModule module(modulePath);
+    const VstModule module(HVT_MODULE_PATH);
     if (!module.entry()) {
         fprintf(stderr, "hvt_dispatch_fuzz: %s\n", module.error().c_str());
         return 2;
     }
-    auto fuzzer = std::make_unique<Fuzzer>(module, seed);
     const auto start = std::chrono::steady_clock::now();
-    const bool passed = fuzzer->run(iterations);
-    const double seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    fuzzer->printSummary(seconds);
-    printf("seed %" PRIu64 ": %s\n", seed, passed ? "no fault found" : "FAULT FOUND");
-    return passed ? 0 : 1;
+    if (!std::make_unique<Fuzzer>(module, seed)->run(iterations))
+        return 1;
+    printf("hvt_dispatch_fuzz: seed %" PRIu64 ", %" PRIu64 " calls in %.1f s: no fault found\n",
+           seed, iterations,
+           std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count());
+    return 0;
 }
