@@ -1,5 +1,6 @@
 #include "tests/harness/TestHost.h"
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 
@@ -16,18 +17,13 @@ std::unique_ptr<VstPlugin> createEffect()
     return VstPlugin::create(module());
 }
 
-StereoBuffer process(const VstPlugin& plugin, StereoBuffer input, const std::vector<int>& blocks,
-                     bool inPlace)
+StereoBuffer process(const VstPlugin& plugin, StereoBuffer input, size_t block)
 {
-    StereoBuffer output = inPlace ? input : StereoBuffer(input.left.size());
-    StereoBuffer& source = inPlace ? output : input;
-    for (size_t done = 0, block = 0; done < input.left.size(); ++block) {
-        const size_t size =
-            std::min<size_t>(blocks[block % blocks.size()], input.left.size() - done);
-        float* in[2] = {source.left.data() + done, source.right.data() + done};
+    StereoBuffer output(input.left.size());
+    for (size_t done = 0; done < input.left.size(); done += block) {
+        float* in[2] = {input.left.data() + done, input.right.data() + done};
         float* out[2] = {output.left.data() + done, output.right.data() + done};
-        plugin.processReplacing(in, out, static_cast<VstInt32>(size));
-        done += size;
+        plugin.processReplacing(in, out, VstInt32(std::min(block, input.left.size() - done)));
     }
     return output;
 }

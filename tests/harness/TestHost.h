@@ -17,7 +17,7 @@ const VstModule& module();
 std::unique_ptr<VstPlugin> createEffect();
 
 struct StereoBuffer {
-    explicit StereoBuffer(size_t frames) : left(frames), right(frames) {}
+    explicit StereoBuffer(size_t frames, float v = 0.0f) : left(frames, v), right(frames, v) {}
     float** channels()
     {
         pointers[0] = left.data();
@@ -28,10 +28,8 @@ struct StereoBuffer {
     float* pointers[2] = {};
 };
 
-// Processes input into a new buffer in blocks of the given sizes, cycled until done; in place
-// means the output buffer, holding a copy of the input, is passed as both.
-StereoBuffer process(const VstPlugin& plugin, StereoBuffer input, const std::vector<int>& blocks,
-                     bool inPlace = false);
+// Processes input into a new buffer in blocks of the given size.
+StereoBuffer process(const VstPlugin& plugin, StereoBuffer input, size_t block);
 
 // Bit for bit, so that -0 and 0 differ and NaNs compare; names the first frame that differs.
 ::testing::AssertionResult sameAudio(const StereoBuffer& actual, const StereoBuffer& expected);
