@@ -18,10 +18,10 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cmath>
-#include <cstddef>
 #include <functional>
 #include <limits>
 #include <mutex>
@@ -30,42 +30,31 @@
 
 #include "tools/vsthost/VstPlugin.h"
 
-extern "C" {
-void* __libc_malloc(size_t size);
-void* __libc_calloc(size_t count, size_t size);
-void* __libc_realloc(void* block, size_t size);
-void* __libc_memalign(size_t alignment, size_t size);
-void __libc_free(void* block);
-}
-
 namespace {
 
 // Initial-exec TLS in the executable: reading it never allocates, unlike a lazily created slot.
 __attribute__((tls_model("initial-exec"))) thread_local bool armed = false;
-std::atomic<int> memoryCalls, lockCalls, systemCalls, lastSystemCall;
+enum Counter { kMemory, kLocks, kSystemCalls, kLastSystemCall };
+std::atomic<int> counters[4];
 
-void count(std::atomic<int>& counter)
+void count(Counter counter)
 {
     if (armed)
-        counter.fetch_add(1, std::memory_order_relaxed);
+        counters[counter].fetch_add(1, std::memory_order_relaxed);
 }
 
-struct Counts {
-    int memory, locks, systemCalls, lastSystemCall;
-};
-
-Counts takeCounts() // since the last call, on any thread
+std::array<int, 4> takeCounts() // since the last call, on any thread
 {
-    return {memoryCalls.exchange(0), lockCalls.exchange(0), systemCalls.exchange(0),
-            lastSystemCall.exchange(-1)};
+    return {counters[0].exchange(0), counters[1].exchange(0), counters[2].exchange(0),
+            counters[3].exchange(0)};
 }
 
 void onSigsys(int, siginfo_t* info, void* context)
 {
     static_cast<ucontext_t*>(context)->uc_mcontext.gregs[REG_RAX] = -ENOSYS; // it did not run
-    count(systemCalls);
+    count(kSystemCalls);
     if (armed)
-        lastSystemCall = info->si_syscall;
+        counters[kLastSystemCall] = info->si_syscall;
 }
 
 // Runs work armed on a new thread on which every system call traps, except returning from the
@@ -103,23 +92,28 @@ bool runGuarded(const std::function<void()>& work)
 } // namespace
 
 extern "C" {
-void* malloc(size_t size) { count(memoryCalls); return __libc_malloc(size); }
-void* calloc(size_t n, size_t size) { count(memoryCalls); return __libc_calloc(n, size); }
-void* realloc(void* block, size_t size) { count(memoryCalls); return __libc_realloc(block, size); }
-void free(void* block) { count(memoryCalls); __libc_free(block); }
-void* memalign(size_t a, size_t size) { count(memoryCalls); return __libc_memalign(a, size); }
+void* __libc_malloc(size_t size);
+void* __libc_calloc(size_t count, size_t size);
+void* __libc_realloc(void* block, size_t size);
+void* __libc_memalign(size_t alignment, size_t size);
+void __libc_free(void* block);
+
+void* malloc(size_t size) { count(kMemory); return __libc_malloc(size); }
+void* calloc(size_t n, size_t size) { count(kMemory); return __libc_calloc(n, size); }
+void* realloc(void* block, size_t size) { count(kMemory); return __libc_realloc(block, size); }
+void free(void* block) { count(kMemory); __libc_free(block); }
+void* memalign(size_t a, size_t size) { count(kMemory); return __libc_memalign(a, size); }
 void* aligned_alloc(size_t alignment, size_t size) { return memalign(alignment, size); }
 int posix_memalign(void** block, size_t alignment, size_t size)
 {
-    void* memory = memalign(alignment, size);
-    return memory ? (*block = memory, 0) : ENOMEM;
+    return (*block = memalign(alignment, size)) ? 0 : ENOMEM;
 }
 
 // The next definition is looked up without a static guard, whose first-use protocol could wait.
 #define HVT_COUNTED_LOCK(name, type)                                                            \
     int name(type* lock)                                                                        \
     {                                                                                           \
-        count(lockCalls);                                                                       \
+        count(kLocks);                                                                          \
         static std::atomic<void*> next;                                                         \
         if (!next.load(std::memory_order_relaxed))                                              \
             next = dlsym(RTLD_NEXT, #name);                                                     \
@@ -140,14 +134,14 @@ TEST(AudioPathGuard, seesTheModulesMemoryCallsAndALockAndASystemCall)
     takeCounts();
     armed = true;
     AEffect* effect = module.entry()(VstPlugin::defaultCallback);
-    const int created = takeCounts().memory;
+    const int created = takeCounts()[kMemory];
     effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.0f);
     armed = false;
     EXPECT_GE(created, 1) << "the module's operator new was not seen";
-    EXPECT_GE(takeCounts().memory, 1) << "the module's operator delete was not seen";
+    EXPECT_GE(takeCounts()[kMemory], 1) << "the module's operator delete was not seen";
 
     std::mutex mutex;
-    Counts locked{}, called{};
+    std::array<int, 4> locked{}, called{};
     ASSERT_TRUE(runGuarded([&] {
         mutex.lock();
         mutex.unlock();
@@ -155,9 +149,9 @@ TEST(AudioPathGuard, seesTheModulesMemoryCallsAndALockAndASystemCall)
         syscall(SYS_getppid);
         called = takeCounts();
     })) << "the kernel refused the seccomp filter";
-    EXPECT_EQ(locked.locks, 1);
-    EXPECT_EQ(called.systemCalls, 1);
-    EXPECT_EQ(called.lastSystemCall, SYS_getppid);
+    EXPECT_EQ(locked[kLocks], 1);
+    EXPECT_EQ(called[kSystemCalls], 1);
+    EXPECT_EQ(called[kLastSystemCall], SYS_getppid);
 }
 
 TEST(AudioPathGuard, processingAndParameterChangesNeitherAllocateNorLockNorCallTheKernel)
@@ -170,21 +164,21 @@ TEST(AudioPathGuard, processingAndParameterChangesNeitherAllocateNorLockNorCallT
                                  1e-45f, std::numeric_limits<float>::quiet_NaN(),
                                  std::numeric_limits<float>::infinity()};
     std::vector<float> inL(8192), inR(8192), outL(8192), outR(8192);
-    for (size_t i = 0; i < inL.size(); ++i) {
-        inL[i] = std::sin(0.01f * static_cast<float>(i));
-        inR[i] = -inL[i];
-    }
+    for (size_t i = 0; i < inL.size(); ++i)
+        inR[i] = -(inL[i] = std::sin(0.01f * static_cast<float>(i)));
+    float* inputs[2] = {inL.data(), inR.data()};
+    float* outputs[2] = {outL.data(), outR.data()};
     // The panel, when shown, receives every host change: that path must be as quiet.
     for (const bool editorOpen : {false, true}) {
         plugin->dispatch(editorOpen ? effEditOpen : effEditClose);
-        Counts counts{};
+        std::array<int, 4> counts{};
         ASSERT_TRUE(runGuarded([&] {
             size_t next = 0;
             for (int program = 0; program < 10; ++program) {
                 armed = false; // a program switch is a dispatcher call, not an audio-thread one
                 plugin->dispatch(effSetProgram, 0, program);
                 armed = true;
-                for (const int frames : {1, 2, 3, 31, 64, 100, 512, 1000, 4096, 8192}) {
+                for (const int frames : {1, 3, 31, 64, 100, 512, 1000, 4096, 8192}) {
                     for (int index = -1; index <= 6; ++index) {
                         plugin->setParameter(index, kValues[next++ % std::size(kValues)]);
                         plugin->getParameter(index);
@@ -193,18 +187,15 @@ TEST(AudioPathGuard, processingAndParameterChangesNeitherAllocateNorLockNorCallT
                     for (int index = 0; index < 5; ++index)
                         plugin->setParameter(index, 0.3f + 0.1f * static_cast<float>(index));
                     plugin->setParameter(5, static_cast<float>(7 + program % 4));
-                    float* inputs[2] = {inL.data(), inR.data()};
-                    float* outputs[2] = {outL.data(), outR.data()};
                     plugin->processReplacing(inputs, outputs, frames);
                     plugin->processReplacing(outputs, outputs, frames);
                 }
             }
             counts = takeCounts();
         })) << "the kernel refused the seccomp filter";
-        EXPECT_EQ(counts.memory, 0) << "editor open: " << editorOpen;
-        EXPECT_EQ(counts.locks, 0) << "editor open: " << editorOpen;
-        EXPECT_EQ(counts.systemCalls, 0) << "editor open: " << editorOpen << ", the last one "
-                                         << counts.lastSystemCall;
+        // Memory calls, locks, system calls, and the number of the last system call if any.
+        EXPECT_EQ(counts, (std::array{0, 0, 0, counts[kLastSystemCall]}))
+            << "editor open: " << editorOpen;
         EXPECT_NE(outL, inL) << "the effect did not process anything";
     }
     plugin->dispatch(effEditClose);

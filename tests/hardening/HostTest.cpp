@@ -1,13 +1,14 @@
-// What hosts do with a plug-in's state and threads: switch programs and edit them, run instances
-// side by side, save a project as parameter values (the module offers no chunks) and restore it;
-// call from audio, automation and UI threads at once, and create instances on whatever thread
-// loads a session (under ThreadSanitizer any data race fails); and the calls in which the
-// dispatcher fuzzer found faults, replayed.
+// What hosts do with a plug-in's state and threads: call it from audio, automation and UI threads
+// at once and create instances on whatever thread loads a session (under ThreadSanitizer any data
+// race fails); run instances side by side, save a project as parameter values (the module offers
+// no chunks) and restore it; and the calls in which the dispatcher fuzzer found faults, replayed.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <thread>
@@ -30,21 +31,22 @@ protected:
         return plugin;
     }
 
-    // Blocks first .. first + blocks - 1 of a fixed stereo signal, outputs one after another.
+    // Blocks first .. first + blocks - 1 of a fixed stereo signal, each block's output left
+    // channel first.
     static std::vector<float> render(const VstPlugin& plugin, int blocks, int first = 0)
     {
         constexpr int kBlock = 256;
-        std::vector<float> result, left(kBlock), right(kBlock), outL(kBlock), outR(kBlock);
-        for (int i = first * kBlock; i < (first + blocks) * kBlock; ++i) {
-            left[i % kBlock] = std::sin(0.031f * static_cast<float>(i));
-            right[i % kBlock] = std::sin(0.017f * static_cast<float>(i) + 1.0f);
-            if (i % kBlock == kBlock - 1) {
-                float* inputs[2] = {left.data(), right.data()};
-                float* outputs[2] = {outL.data(), outR.data()};
-                plugin.processReplacing(inputs, outputs, kBlock);
-                result.insert(result.end(), outL.begin(), outL.end());
-                result.insert(result.end(), outR.begin(), outR.end());
+        std::vector<float> result, in(2 * kBlock), out(2 * kBlock);
+        float* inputs[2] = {in.data(), in.data() + kBlock};
+        float* outputs[2] = {out.data(), out.data() + kBlock};
+        for (int block = first; block < first + blocks; ++block) {
+            for (int i = 0; i < kBlock; ++i) {
+                const auto t = static_cast<float>(block * kBlock + i);
+                inputs[0][i] = std::sin(0.031f * t);
+                inputs[1][i] = std::sin(0.017f * t + 1.0f);
             }
+            plugin.processReplacing(inputs, outputs, kBlock);
+            result.insert(result.end(), out.begin(), out.end());
         }
         return result;
     }
@@ -113,66 +115,32 @@ TEST_F(ConcurrentHost, audioAutomationAndUiThreadsRunTogether)
     EXPECT_TRUE(allFinite);
 }
 
-TEST_F(HostState, anEditStaysWithItsProgramAcrossSwitches)
+// Two tracks on one program, run block by block as a host runs them; one is edited and renamed,
+// then switched away and back. Each keeps its own settings and name, and the edited one, saved as
+// hosts save a project without chunks (the program number, then every parameter), restores into a
+// new instance that sounds the same.
+TEST_F(HostState, tracksKeepTheirOwnEditsAndNamesAndRestoreFromParameters)
 {
-    const auto plugin = instance(1); // "Waves"
-    plugin->setParameter(0, 0.3f);
-    plugin->setParameter(5, 9.0f);
+    const std::unique_ptr<VstPlugin> tracks[] = {instance(1), instance(1)}; // "Waves"
+    tracks[0]->setParameter(0, 0.3f);
+    tracks[0]->setParameter(5, 10.0f);
     char name[] = "My Waves";
-    plugin->dispatch(effSetProgramName, 0, 0, name);
-    plugin->dispatch(effSetProgram, 0, 3);
-    EXPECT_EQ(plugin->programName(), "SlowHand");
-    EXPECT_EQ(plugin->getParameter(0), 1.0f);
-    EXPECT_EQ(plugin->getParameter(5), 9.0f); // the rate choice is not part of a program
-    plugin->dispatch(effSetProgram, 0, 1);
-    EXPECT_EQ(plugin->programNameIndexed(1), "My Waves");
-    EXPECT_EQ(plugin->getParameter(0), 0.3f);
-    EXPECT_EQ(plugin->getParameter(2), 0.479999f); // the rest of "Waves" as it was
-}
-
-TEST_F(HostState, twoInstancesKeepTheirOwnSettingsAndSound)
-{
-    // Two tracks, and each one's settings again in an instance of its own.
-    const std::unique_ptr<VstPlugin> plugins[] = {instance(4), instance(6), instance(4),
-                                                  instance(6)};
-    plugins[1]->setParameter(4, 0.4f);
-    plugins[3]->setParameter(4, 0.4f);
-    char name[] = "Second";
-    plugins[1]->dispatch(effSetProgramName, 0, 0, name);
-    std::vector<float> tracks[2]; // block by block, as a host runs two tracks
-    for (int b = 0; b < 20; ++b)
-        for (int t = 0; t < 2; ++t) {
-            const auto block = render(*plugins[t], 1, b);
-            tracks[t].insert(tracks[t].end(), block.begin(), block.end());
-        }
-    EXPECT_EQ(tracks[0], render(*plugins[2], 20));
-    EXPECT_EQ(tracks[1], render(*plugins[3], 20));
-    EXPECT_NE(tracks[0], tracks[1]);
-    EXPECT_EQ(plugins[0]->programName(), "Undulate");
-    EXPECT_EQ(plugins[1]->programName(), "Second");
-    EXPECT_EQ(plugins[0]->getParameter(4), 0.68f);
-}
-
-TEST_F(HostState, aProjectSavedAsParametersRestoresIntoANewInstance)
-{
-    const auto edited = [&] {
-        auto plugin = instance(2);
-        plugin->setParameter(0, 0.55f);
-        plugin->setParameter(3, 0.2f);
-        plugin->setParameter(5, 10.0f);
-        return plugin;
-    };
-    const auto original = edited();
-    render(*original, 5); // a project is saved while it plays
-    // Without the chunk flag hosts save the program number and every parameter, and restore them
-    // in that order.
-    ASSERT_EQ(original->effect()->flags & effFlagsProgramChunks, 0);
-    const auto restored = instance(static_cast<int>(original->dispatch(effGetProgram)));
-    for (int index = 0; index < original->effect()->numParams; ++index) {
-        restored->setParameter(index, original->getParameter(index));
-        EXPECT_EQ(restored->getParameter(index), original->getParameter(index)) << index;
-    }
-    EXPECT_EQ(render(*restored, 10), render(*edited(), 10));
+    tracks[0]->dispatch(effSetProgramName, 0, 0, name);
+    tracks[0]->dispatch(effSetProgram, 0, 3);
+    tracks[0]->dispatch(effSetProgram, 0, 1);
+    std::vector<float> sound[2];
+    for (int block = 0; block < 20; ++block)
+        for (int t = 0; t < 2; ++t)
+            std::ranges::copy(render(*tracks[t], 1, block), std::back_inserter(sound[t]));
+    ASSERT_EQ(tracks[0]->effect()->flags & effFlagsProgramChunks, 0);
+    const auto restored = instance(static_cast<int>(tracks[0]->dispatch(effGetProgram)));
+    for (int index = 0; index < tracks[0]->effect()->numParams; ++index)
+        restored->setParameter(index, tracks[0]->getParameter(index));
+    EXPECT_EQ(sound[0], render(*restored, 20));
+    EXPECT_EQ(sound[1], render(*instance(1), 20));
+    EXPECT_NE(sound[0], sound[1]);
+    EXPECT_EQ(tracks[0]->programName(), "My Waves");
+    EXPECT_EQ(tracks[1]->programName(), "Waves");
 }
 
 // Found with seed 1: the rate choice of a NaN (or of a value no int holds) is INT32_MIN, and the
@@ -183,7 +151,6 @@ TEST_F(FuzzRegression, thePanelOpensAndFollowsARateChoiceNoButtonShows)
     const auto plugin = instance(0);
     for (const float value : {std::numeric_limits<float>::quiet_NaN(), 1e30f, -1e30f}) {
         plugin->setParameter(5, value);
-        EXPECT_EQ(plugin->getParameter(5), -2147483648.0f);
         EXPECT_EQ(plugin->dispatch(effEditOpen), 1); // builds the panel from the effect
         plugin->setParameter(5, value);              // and updates it while it is open
         plugin->dispatch(effEditIdle);
