@@ -9,22 +9,18 @@
 
 #include "platform/Image.h"
 
-// Premultiplied ARGB of pixel (x, y), y down.
+// Premultiplied ARGB of pixel (x, y), y down; the unused byte of RGB24 may hold anything.
 inline uint32_t pixelAt(cairo_surface_t* surface, int x, int y)
 {
     cairo_surface_flush(surface);
-    const unsigned char* row =
-        cairo_image_surface_get_data(surface) + y * cairo_image_surface_get_stride(surface);
-    const uint32_t argb = reinterpret_cast<const uint32_t*>(row)[x];
-    // The unused byte of an RGB24 picture may hold anything.
+    const int stride = cairo_image_surface_get_stride(surface);
+    const uint32_t argb = reinterpret_cast<const uint32_t*>(
+        cairo_image_surface_get_data(surface) + y * stride)[x];
     return cairo_image_surface_get_format(surface) == CAIRO_FORMAT_RGB24 ? argb | 0xff000000u
                                                                          : argb;
 }
 
-inline Image knobFrame(int frame)
-{
-    return Image::named("knob" + std::to_string(frame));
-}
+inline Image knobFrame(int frame) { return Image::named("knob" + std::to_string(frame)); }
 
 // Whether shown(x, y), the colour of the panel's device pixel (x, y), shows the width x height
 // corner of picture placed at (left, top): its opaque pixels exactly and the background through

@@ -101,9 +101,8 @@ TEST(ArdourSession, ExportEqualsOurHostBitForBitAndTheSavedSessionSoundsTheSame)
     ASSERT_EQ(wet.samples.size(), dry.samples.size());
     EXPECT_NE(dry.samples[2 * kStart], 0.0f); // else the comparison below would prove nothing
 
-    const Sound signal{44100, 2, SF_FORMAT_WAV | SF_FORMAT_FLOAT,
-                       {dry.samples.begin() + 2 * kStart, dry.samples.end()}};
-    ASSERT_TRUE(writeSound(home / "signal.wav", signal));
+    ASSERT_TRUE(writeSound(home / "signal.wav",
+                           {.samples = {dry.samples.begin() + 2 * kStart, dry.samples.end()}}));
     const Ran ours = shell(environment + quote(HVT_RENDER_PROGRAM) +
                            " --quiet --plugin vst/HvTremolo.so --param 0=0.9 --param 1=0.37"
                            " --param 2=0.7 --param 3=0.61 --param 4=0.85 signal.wav ours.wav");
