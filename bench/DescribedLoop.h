@@ -9,8 +9,8 @@
 
 #include <cstdint>
 
-#include "effect/EngineSettings.h"
-#include "effect/SineTables.h"
+#include "engine/EngineSettings.h"
+#include "engine/SineTables.h"
 
 struct DescribedEffect {
     float tremoloDepth = 0.0f;

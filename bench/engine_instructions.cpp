@@ -8,10 +8,10 @@
 #include <cstring>
 #include <vector>
 
-#include "effect/ModulationEngine.h"
-#include "effect/ReferenceEngine.h"
-#include "effect/SineTables.h"
-#include "effect/TremoloProgram.h"
+#include "engine/ModulationEngine.h"
+#include "engine/ReferenceEngine.h"
+#include "engine/SineTables.h"
+#include "engine/FactoryPrograms.h"
 
 #include "DescribedLoop.h"
 

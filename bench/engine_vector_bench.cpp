@@ -12,9 +12,9 @@
 #include <cstring>
 #include <vector>
 
-#include "effect/ModulationEngine.h"
-#include "effect/ReferenceEngine.h"
-#include "effect/TremoloProgram.h"
+#include "engine/ModulationEngine.h"
+#include "engine/ReferenceEngine.h"
+#include "engine/FactoryPrograms.h"
 
 #include "DescribedLoop.h"
 

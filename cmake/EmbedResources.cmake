@@ -1,5 +1,5 @@
 # Writes one C++ source holding every resources/*.png as a static byte array, and the sorted table
-# that platform/EmbeddedPictures.h declares. Run in script mode:
+# that panel/EmbeddedPictures.h declares. Run in script mode:
 #   cmake -DRESOURCE_DIR=<dir> -DOUTPUT=<file.cpp> -P EmbedResources.cmake
 # Plain arrays rather than ld -r/objcopy objects: those export symbols and mark the stack
 # executable.
@@ -31,7 +31,7 @@ foreach(picture IN LISTS pictures)
 endforeach()
 
 set(source "// Generated from resources/*.png by cmake/EmbedResources.cmake. Do not edit.
-#include \"platform/EmbeddedPictures.h\"
+#include \"panel/EmbeddedPictures.h\"
 
 namespace {
 

@@ -6,9 +6,11 @@
 #include <atomic>
 #include <cstdint>
 
+#include "engine/Parameters.h"
+
 class ParameterMailbox {
 public:
-    static constexpr int kSlots = 6;
+    static constexpr int kSlots = kNumParameters;
 
     // Indices outside the slots are dropped: the panel has nothing to show for them.
     void post(int32_t index, float value)

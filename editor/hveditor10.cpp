@@ -3,16 +3,18 @@
 #include <cstdint>
 
 #include "panel/HalvoUiView10.h"
+#include "panel/PanelLayout.h"
 #include "platform/X11Window.h"
 
 namespace {
 
-constexpr VstInt16 kPanelWidth = 253;
-constexpr VstInt16 kPanelHeight = 400;
+constexpr VstInt16 kPanelWidth = panel_layout::kPanelWidth;
+constexpr VstInt16 kPanelHeight = panel_layout::kPanelHeight;
 
 } // namespace
 
-hveditor10::hveditor10(AudioEffect* effect) : AEffGUIEditor(effect), synth(effect)
+hveditor10::hveditor10(AudioEffectX* effect)
+    : AEffGUIEditor(effect), parameters(effect, !EffectParameters::silentPanelRequested())
 {
     // Some hosts size their window from the rectangle before the first open.
     rect = {0, 0, kPanelHeight, kPanelWidth};
@@ -29,7 +31,7 @@ bool hveditor10::open(void* parent)
     // after the read arrives through the mailbox.
     mailbox.clear();
     editorOpen = true;
-    panelView = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, synth);
+    panelView = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, &parameters);
     panelView->awakeFromNib();
     // Without a parent the panel is shown nowhere and the rectangle stays 100 x 100. On X11 a
     // parent is always a window (some hosts pass their Display* in value, which we ignore).
@@ -37,6 +39,11 @@ bool hveditor10::open(void* parent)
         window = X11Window::create(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(parent)),
                                    *panelView);
         rect = {0, 0, kPanelHeight, kPanelWidth};
+        // No X server, or no such window: say so rather than leave the host an empty frame.
+        if (!window) {
+            close();
+            return false;
+        }
     }
     return true;
 }

@@ -9,15 +9,17 @@
 #include <atomic>
 #include <memory>
 
-#include "editor/AEffGUIEditor.h"
+#include "editor/EffectParameters.h"
 #include "editor/ParameterMailbox.h"
+#include "host/AEffGUIEditor.h"
 
 class HalvoUiView10;
 class X11Window;
 
 class hveditor10 : public AEffGUIEditor {
 public:
-    explicit hveditor10(AudioEffect* effect);
+    // Reads HVTREMOLO_SILENT_PANEL here, once: whether panel edits are told to the host.
+    explicit hveditor10(AudioEffectX* effect);
     ~hveditor10() override;
 
     bool open(void* parent) override;
@@ -25,11 +27,12 @@ public:
     void idle() override;
 
     // Called by the effect after a change it did not get from the panel; any thread.
-    void setParameter(VstInt32 index, float value);
-    bool isEditorOpen() const { return editorOpen.load(std::memory_order_relaxed); }
+    void setParameter(VstInt32 index, float value) override;
+    bool isEditorOpen() const override { return editorOpen.load(std::memory_order_relaxed); }
 
 private:
-    AudioEffect* synth;
+    // What the panel reads and writes, and how the host hears of it.
+    EffectParameters parameters;
     std::atomic<bool> editorOpen{false};
     ParameterMailbox mailbox;
     // UI thread only. The window goes before the panel it shows.

@@ -3,7 +3,7 @@
 #include <iterator>
 
 #include "effect/VstXSynth.h"
-#include "host/boundedCopy.h"
+#include "common/boundedCopy.h"
 
 namespace {
 

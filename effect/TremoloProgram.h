@@ -4,7 +4,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "effect/EngineSettings.h"
+#include "engine/FactoryPrograms.h"
 #include "host/vst2.h"
 
 struct TremoloProgram {
@@ -19,10 +19,5 @@ struct TremoloProgram {
     char name[kVstMaxProgNameLen] = {};
 };
 
-constexpr int kNumPrograms = 10;
-
-// Writes the factory settings over the ten records.
+// Writes the factory programs over the records.
 void loadFactoryPrograms(TremoloProgram (&programs)[kNumPrograms]);
-
-// Factory program `number` (0 to 9) as the engine takes it.
-EngineSettings factorySettings(int number);

@@ -1,18 +1,12 @@
 #include "effect/VstXSynth.h"
 
-#include <new>
+#include "common/boundedCopy.h"
+#include "engine/Parameters.h"
+#include "engine/SineTables.h"
+#include "host/AEffGUIEditor.h"
 
-#include "editor/hveditor10.h"
-#include "effect/SineTables.h"
-#include "host/boundedCopy.h"
-
-AudioEffect* createEffectInstance(audioMasterCallback audioMaster)
-{
-    // A host expects null, not an exception, when an effect cannot be made.
-    return new (std::nothrow) VstXSynth(audioMaster);
-}
-
-VstXSynth::VstXSynth(audioMasterCallback audioMaster) : AudioEffectX(audioMaster, kNumPrograms, 6)
+VstXSynth::VstXSynth(audioMasterCallback audioMaster)
+    : AudioEffectX(audioMaster, kNumPrograms, kNumParameters)
 {
     loadFactoryPrograms(programs);
     // Built once per process; touching them here keeps the first audio block free of the work.
@@ -21,22 +15,24 @@ VstXSynth::VstXSynth(audioMasterCallback audioMaster) : AudioEffectX(audioMaster
     setNumInputs(2);
     setNumOutputs(2);
     setUniqueID(fourCC('H', 'V', 'T', '8'));
-    guiEditor = new hveditor10(this); // registers itself through setEditor
-    setEditor(guiEditor);
     resume();
 }
 
 VstXSynth::~VstXSynth() = default;
 
+void VstXSynth::setGuiEditor(AEffGUIEditor* editor)
+{
+    guiEditor = editor;
+    setEditor(editor);
+}
+
 EngineSettings VstXSynth::currentSettings() const
 {
     EngineSettings settings;
-    settings.tremoloDepth = tremoloDepth.load(std::memory_order_relaxed);
-    settings.tremoloSpeed = tremoloSpeed.load(std::memory_order_relaxed);
-    settings.pannerDepth = pannerDepth.load(std::memory_order_relaxed);
-    settings.pannerSpeed = pannerSpeed.load(std::memory_order_relaxed);
-    settings.mix = mix.load(std::memory_order_relaxed);
-    settings.rateChoice = rateChoice.load(std::memory_order_relaxed);
+    forEachParameter([&](auto parameter) {
+        parameterField<parameter>(settings) =
+            parameterField<parameter>(live).load(std::memory_order_relaxed);
+    });
     return settings;
 }
 

@@ -9,16 +9,20 @@
 #include <atomic>
 #include <cstdint>
 
-#include "effect/ModulationEngine.h"
 #include "effect/TremoloProgram.h"
+#include "engine/ModulationEngine.h"
 #include "host/AudioEffectX.h"
 
-class hveditor10;
+class AEffGUIEditor;
 
 class VstXSynth : public AudioEffectX {
 public:
     explicit VstXSynth(audioMasterCallback audioMaster);
     ~VstXSynth() override;
+
+    // Registers the editor (owned through the base) that hears every change the panel did not
+    // make. Called once, by whoever builds the effect with its editor.
+    void setGuiEditor(AEffGUIEditor* editor);
 
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
 
@@ -55,16 +59,20 @@ private:
 
     ModulationEngine engine; // audio thread only
 
-    std::atomic<float> pannerDepth{0.0f};
-    std::atomic<float> tremoloSpeed{0.0f};
-    std::atomic<float> pannerSpeed{0.0f};
-    std::atomic<float> tremoloDepth{0.0f};
-    std::atomic<int32_t> rateChoice{7};
-    std::atomic<float> mix{0.0f};
+    // The live values, in the order the effect has always kept them; named after the
+    // parameters, so engine/Parameters.h maps an index to its field.
+    struct LiveParameters {
+        std::atomic<float> pannerDepth{0.0f};
+        std::atomic<float> tremoloSpeed{0.0f};
+        std::atomic<float> pannerSpeed{0.0f};
+        std::atomic<float> tremoloDepth{0.0f};
+        std::atomic<int32_t> rateChoice{7};
+        std::atomic<float> mix{0.0f};
+    } live;
 
     TremoloProgram programs[kNumPrograms];
     // The MIDI program each channel reports; nothing changes them, every channel starts at 0.
     int32_t currentMidiPrograms[16] = {};
 
-    hveditor10* guiEditor = nullptr; // owned through the base's editor field
+    AEffGUIEditor* guiEditor = nullptr; // owned through the base's editor field
 };

@@ -2,102 +2,74 @@
 // program's record, and on to an open editor unless the panel itself is writing.
 #include <cstring>
 
-#include "editor/hveditor10.h"
+#include "common/boundedCopy.h"
+#include "common/truncate.h"
 #include "effect/VstXSynth.h"
-#include "host/boundedCopy.h"
-#include "host/truncate.h"
+#include "engine/Parameters.h"
+#include "host/AEffGUIEditor.h"
 
 namespace {
 
-constexpr VstInt32 kNumParameters = 6;
-constexpr const char* kParameterNames[kNumParameters] = {
-    "Tremolo Depth", "Tremolo Speed", "Stereo Panner", "Panner Speed", "Mix", "Sample Rate"};
-constexpr const char* kParameterLabels[kNumParameters] = {"amount", "amount", "amount",
-                                                          "amount", "percent", "Hz"};
-
-bool isParameter(VstInt32 index)
-{
-    return static_cast<uint32_t>(index) < kNumParameters;
-}
+constexpr auto relaxed = std::memory_order_relaxed;
 
 bool isProgram(VstInt32 program)
 {
     return static_cast<uint32_t>(program) < kNumPrograms;
 }
 
+void store(std::atomic<float>& field, float value)
+{
+    field.store(value, relaxed);
+}
+
+// The rate choice is an integer: 9.9 stores 9, 0.5 stores 0.
+void store(std::atomic<int32_t>& field, float value)
+{
+    field.store(truncateToInt32(value), relaxed);
+}
+
+template <typename Field>
+float load(const std::atomic<Field>& field)
+{
+    return static_cast<float>(field.load(relaxed));
+}
+
+// The order a program switch sets the parameters in; the rate choice is not part of it and
+// keeps its value.
+constexpr Parameter kProgramOrder[] = {kStereoPanner, kPannerSpeed, kTremoloSpeed, kTremoloDepth,
+                                       kMix};
+
 } // namespace
 
 void VstXSynth::setParameter(VstInt32 index, float value)
 {
     if (isParameter(index)) {
-        TremoloProgram& program = programs[curProgram.load(std::memory_order_relaxed)];
-        constexpr auto relaxed = std::memory_order_relaxed;
-        switch (index) {
-        case 0:
-            tremoloDepth.store(value, relaxed);
-            program.tremoloDepth.store(value, relaxed);
-            break;
-        case 1:
-            tremoloSpeed.store(value, relaxed);
-            program.tremoloSpeed.store(value, relaxed);
-            break;
-        case 2:
-            pannerDepth.store(value, relaxed);
-            program.pannerDepth.store(value, relaxed);
-            break;
-        case 3:
-            pannerSpeed.store(value, relaxed);
-            program.pannerSpeed.store(value, relaxed);
-            break;
-        case 4:
-            mix.store(value, relaxed);
-            program.mix.store(value, relaxed);
-            break;
-        case 5: {
-            // The rate choice is an integer: 9.9 stores 9, 0.5 stores 0.
-            const int32_t choice = truncateToInt32(value);
-            rateChoice.store(choice, relaxed);
-            program.rateChoice.store(choice, relaxed);
-            break;
-        }
-        }
+        TremoloProgram& program = programs[curProgram.load(relaxed)];
+        visitParameter(live, index, [&](auto& field) { store(field, value); });
+        visitParameter(program, index, [&](auto& field) { store(field, value); });
     }
     // Every index, known or not, reaches an open editor; the panel ignores what it does not know.
-    if (guiEditor && guiEditor->isEditorOpen() && !inPanelUpdate.load(std::memory_order_relaxed))
+    if (guiEditor && guiEditor->isEditorOpen() && !inPanelUpdate.load(relaxed))
         guiEditor->setParameter(index, value);
 }
 
 float VstXSynth::getParameter(VstInt32 index)
 {
-    constexpr auto relaxed = std::memory_order_relaxed;
-    switch (index) {
-    case 0:
-        return tremoloDepth.load(relaxed);
-    case 1:
-        return tremoloSpeed.load(relaxed);
-    case 2:
-        return pannerDepth.load(relaxed);
-    case 3:
-        return pannerSpeed.load(relaxed);
-    case 4:
-        return mix.load(relaxed);
-    case 5:
-        return static_cast<float>(rateChoice.load(relaxed));
-    default:
-        return 0.0f;
-    }
+    float value = 0.0f;
+    visitParameter(live, index, [&](const auto& field) { value = load(field); });
+    return value;
 }
 
 void VstXSynth::getParameterName(VstInt32 index, char* text)
 {
     if (isParameter(index) && text)
-        std::strcpy(text, kParameterNames[index]); // at most 13 characters
+        std::strcpy(text, kParameterInfo[index].name); // at most 13 characters
 }
 
 void VstXSynth::getParameterLabel(VstInt32 index, char* label)
 {
     if (isParameter(index) && label)
-        std::strcpy(label, kParameterLabels[index]);
+        std::strcpy(label, kParameterInfo[index].label);
 }
 
 void VstXSynth::getParameterDisplay(VstInt32 index, char* text)
@@ -105,8 +77,8 @@ void VstXSynth::getParameterDisplay(VstInt32 index, char* text)
     if (!text)
         return;
     text[0] = 0;
-    if (index == 5)
-        int2string(rateChoice.load(std::memory_order_relaxed), text, kVstMaxParamStrLen);
+    if (index == kSampleRate)
+        int2string(live.rateChoice.load(relaxed), text, kVstMaxParamStrLen);
     else if (isParameter(index))
         float2string(getParameter(index), text, kVstMaxParamStrLen);
 }
@@ -116,13 +88,10 @@ void VstXSynth::setProgram(VstInt32 program)
     if (!isProgram(program))
         return;
     curProgram = program;
-    // The rate choice is not part of a program switch: it keeps its value.
     const TremoloProgram& record = programs[program];
-    setParameter(2, record.pannerDepth);
-    setParameter(3, record.pannerSpeed);
-    setParameter(1, record.tremoloSpeed);
-    setParameter(0, record.tremoloDepth);
-    setParameter(4, record.mix);
+    for (Parameter parameter : kProgramOrder)
+        visitParameter(record, parameter,
+                       [&](const auto& field) { setParameter(parameter, load(field)); });
 }
 
 void VstXSynth::setProgramName(char* name)

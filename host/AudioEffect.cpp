@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "host/AEffEditor.h"
-#include "host/boundedCopy.h"
+#include "common/boundedCopy.h"
 
 AudioEffect::AudioEffect(audioMasterCallback audioMaster, VstInt32 numPrograms, VstInt32 numParams)
     : audioMaster(audioMaster), numPrograms(numPrograms), numParams(numParams)

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "host/AudioEffect.h"
-#include "host/boundedCopy.h"
+#include "common/boundedCopy.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "host/truncate.h"
+#include "common/truncate.h"
 #include "panel/KnobArithmetic.h"
 
 ControlPoint10::ControlPoint10(const Rect& frame, int32_t insets, int32_t controlPointDiameter,
@@ -33,6 +33,8 @@ void ControlPoint10::setIntValue(int32_t v)
 void ControlPoint10::mouseDown(const MouseEvent& event)
 {
     _mouseDownPosition = truncateToInt32(event.location.y);
+    if (_delegate)
+        _delegate->knobPressed(superview());
 }
 
 void ControlPoint10::mouseDragged(const MouseEvent& event)
@@ -43,6 +45,8 @@ void ControlPoint10::mouseDragged(const MouseEvent& event)
 void ControlPoint10::mouseUp(const MouseEvent&)
 {
     _currentAngle = truncateToInt32(_currentDraggedAngle);
+    if (_delegate)
+        _delegate->knobReleased(superview());
 }
 
 void ControlPoint10::updateWithYcoord(const MouseEvent& event)

@@ -13,6 +13,10 @@ public:
     // the knob; other controls pass 0 and nothing. The controller sends every knob value.
     virtual void knobUpdatedWithIndex(int32_t index, std::optional<int32_t> value,
                                       View* sender) = 0;
+    // The mouse went down on a knob (sender) and came up again: one gesture, whatever steps the
+    // drag between them changed.
+    virtual void knobPressed(View* sender) = 0;
+    virtual void knobReleased(View* sender) = 0;
     // A rate button was pressed; buttonType is the rate choice it stands for.
     virtual void updateGroupButtons(int32_t buttonType) = 0;
 

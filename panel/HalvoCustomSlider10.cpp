@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/truncate.h"
+#include "common/truncate.h"
 
 HalvoCustomSlider10::HalvoCustomSlider10(const Rect& frame, Image background, Image knob)
     : View(frame), sliderCell(std::move(background), std::move(knob))

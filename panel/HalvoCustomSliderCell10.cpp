@@ -1,7 +1,8 @@
 #include "panel/HalvoCustomSliderCell10.h"
+#include "panel/PanelPictures.h"
 
 HalvoCustomSliderCell10::HalvoCustomSliderCell10()
-    : HalvoCustomSliderCell10(Image::named("bmp00131"), Image::named("bmp00130"))
+    : HalvoCustomSliderCell10(panelPicture("bmp00131"), panelPicture("bmp00130"))
 {
 }
 

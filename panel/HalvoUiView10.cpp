@@ -1,15 +1,25 @@
 #include "panel/HalvoUiView10.h"
 
-HalvoUiView10::HalvoUiView10(const Rect& frame, AudioEffect* effect)
+#include "engine/Parameters.h"
+#include "panel/PanelPictures.h"
+
+HalvoUiView10::HalvoUiView10(const Rect& frame, PanelParameters* effect)
     : View(frame), _effect(effect)
 {
 }
 
-HalvoUiView10::~HalvoUiView10() = default;
+// A panel that goes in the middle of a drag (the host closed the editor) ends the gesture, so
+// that the host is not left waiting for it.
+HalvoUiView10::~HalvoUiView10()
+{
+    for (int32_t index = 0; index < kNumParameters; ++index)
+        if (openGestures & (1u << index))
+            endGesture(index);
+}
 
 void HalvoUiView10::awakeFromNib()
 {
-    BackgroundImage = Image::named("bmp00131");
+    BackgroundImage = panelPicture("bmp00131");
     KnobView = std::make_unique<KnobDelegate10>(this);
 }
 
@@ -22,11 +32,23 @@ void HalvoUiView10::updateView(int32_t index, float value)
 
 void HalvoUiView10::updateParameters(int32_t index, float value)
 {
-    if (_effect)
-        _effect->inPanelUpdate = true;
-    if (_effect && index >= 0 && index <= 5)
+    if (_effect && isParameter(index))
         _effect->setParameter(index, value);
-    if (_effect)
-        _effect->inPanelUpdate = false;
     setNeedsDisplay();
+}
+
+void HalvoUiView10::beginGesture(int32_t index)
+{
+    if (!_effect || !isParameter(index) || (openGestures & (1u << index)))
+        return;
+    openGestures |= 1u << index;
+    _effect->beginGesture(index);
+}
+
+void HalvoUiView10::endGesture(int32_t index)
+{
+    if (!_effect || !isParameter(index) || !(openGestures & (1u << index)))
+        return;
+    openGestures &= ~(1u << index);
+    _effect->endGesture(index);
 }

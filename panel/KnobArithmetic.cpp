@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "host/truncate.h"
+#include "common/truncate.h"
 
 namespace knob {
 

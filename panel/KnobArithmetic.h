@@ -8,9 +8,11 @@
 
 #include <cstdint>
 
+#include "panel/PanelLayout.h"
+
 namespace knob {
 
-constexpr int32_t kFilmstripFrames = 128;
+constexpr int32_t kFilmstripFrames = panel_layout::kFilmstripFrames;
 constexpr float kStartAngle = 225.0f;
 constexpr float kEndAngle = -45.0f;
 

@@ -3,47 +3,29 @@
 #include <memory>
 #include <string>
 
-#include "host/truncate.h"
+#include "common/truncate.h"
+#include "engine/Parameters.h"
+
 #include "panel/DetatchedView10.h"
 #include "panel/FlatKnob10.h"
 #include "panel/HalvoCustomGroupButton10.h"
 #include "panel/HalvoUiView10.h"
 #include "panel/KnobArithmetic.h"
+#include "panel/PanelPictures.h"
 
 namespace {
 
+using panel_layout::kKnobPlaces;
+using panel_layout::kRateButtonFrames;
+
+// The knob's steps: 0 to 99 from a drag.
 constexpr int32_t kSteps = 100;
-constexpr int32_t kFirstRateChoice = 7;
-constexpr int32_t kRateButtons = 4;
-
-// The knobs in the order they are built, stacked and sent: frames in panel coordinates.
-struct KnobPlace {
-    int32_t parameter;
-    Rect frame;
-};
-constexpr KnobPlace kKnobPlaces[] = {
-    {0, {48.0, 202.0, 48.0, 48.0}},  // tremolo depth
-    {2, {154.0, 202.0, 48.0, 48.0}}, // stereo panner depth
-    {1, {45.0, 128.0, 48.0, 48.0}},  // tremolo speed
-    {3, {156.0, 128.0, 48.0, 48.0}}, // panner speed
-    {4, {104.0, 77.0, 48.0, 48.0}},  // mix
-};
-
-// The rate buttons for choices 7, 8, 9, 10 (44.1, 48, 88.2, 96 kHz).
-constexpr Rect kRateButtonFrames[kRateButtons] = {
-    {48.0, 46.0, 13.0, 13.0},
-    {78.0, 46.0, 13.0, 13.0},
-    {160.0, 46.0, 13.0, 13.0},
-    {190.0, 46.0, 13.0, 13.0},
-};
 
 // The button of a rate choice, or -1 when no button shows it. Compared before subtracting: the
 // choice can be any int, down to INT32_MIN (what a NaN or huge value truncates to).
 int32_t rateButtonIndex(int32_t rateChoice)
 {
-    if (rateChoice < kFirstRateChoice || rateChoice >= kFirstRateChoice + kRateButtons)
-        return -1;
-    return rateChoice - kFirstRateChoice;
+    return isRateChoice(rateChoice) ? rateChoice - kFirstRateChoice : -1;
 }
 
 } // namespace
@@ -58,12 +40,12 @@ KnobDelegate10::KnobDelegate10(HalvoUiView10* view) : MainView(view)
 void KnobDelegate10::createSubView()
 {
     MainView->addSubviewBelowAll(
-        std::make_unique<DetatchedView10>(Image::named("tremolobk"), MainView->bounds()));
+        std::make_unique<DetatchedView10>(panelPicture("tremolobk"), MainView->bounds()));
 }
 
 void KnobDelegate10::createKnobs()
 {
-    AudioEffect* effect = MainView->getEffect();
+    PanelParameters* effect = MainView->getEffect();
     auto pictures = std::make_shared<std::vector<Image>>();
     fillArray(*pictures);
     const KnobFilmstrip filmstrip = pictures;
@@ -88,22 +70,22 @@ void KnobDelegate10::createKnobs()
 
 void KnobDelegate10::createSwitches()
 {
-    const Image off = Image::named("ringbutton1");
-    const Image on = Image::named("ringbutton2");
-    for (int32_t i = 0; i < kRateButtons; ++i) {
+    const Image off = panelPicture("ringbutton1");
+    const Image on = panelPicture("ringbutton2");
+    for (int32_t i = 0; i < kNumRateChoices; ++i) {
         auto button = std::make_unique<HalvoCustomGroupButton10>(kRateButtonFrames[i], off, on,
                                                                  kFirstRateChoice + i);
         button->setNewDelegate(this);
         groupButtons.push_back(MainView->addSubview(std::move(button)));
     }
-    if (AudioEffect* effect = MainView->getEffect())
-        selectRateButton(truncateToInt32(effect->getParameter(5)));
+    if (PanelParameters* effect = MainView->getEffect())
+        selectRateButton(truncateToInt32(effect->getParameter(kSampleRate)));
 }
 
 void KnobDelegate10::fillArray(std::vector<Image>& pictures)
 {
     for (int32_t frame = 0; frame < knob::kFilmstripFrames; ++frame)
-        pictures.push_back(Image::named("knob" + std::to_string(frame)));
+        pictures.push_back(panelPicture("knob" + std::to_string(frame)));
 }
 
 std::vector<int32_t> KnobDelegate10::generateArrayFrom(int32_t a, int32_t b)
@@ -117,15 +99,15 @@ std::vector<int32_t> KnobDelegate10::generateArrayFrom(int32_t a, int32_t b)
 FlatKnob10* KnobDelegate10::knobForParameter(int32_t index) const
 {
     switch (index) {
-    case 0:
+    case kTremoloDepth:
         return tremolDepthKnob;
-    case 1:
+    case kTremoloSpeed:
         return tremoloSpeedKnob;
-    case 2:
+    case kStereoPanner:
         return pannerDepthKnob;
-    case 3:
+    case kPannerSpeed:
         return pannerSpeedKnob;
-    case 4:
+    case kMix:
         return mixKnob;
     default:
         return nullptr;
@@ -134,7 +116,7 @@ FlatKnob10* KnobDelegate10::knobForParameter(int32_t index) const
 
 void KnobDelegate10::knobUpdatedWithIndex(int32_t, std::optional<int32_t>, View*)
 {
-    for (const KnobPlace& place : kKnobPlaces) {
+    for (const panel_layout::KnobPlace& place : kKnobPlaces) {
         const int32_t step = knobForParameter(place.parameter)->controlPoint()->ReturnValue();
         MainView->updateParameters(place.parameter, knob::valueForStep(step));
     }
@@ -157,10 +139,33 @@ void KnobDelegate10::redisplayRateButtons()
     MainView->setNeedsDisplay();
 }
 
+void KnobDelegate10::knobPressed(View* sender)
+{
+    if (const int32_t parameter = parameterOfKnob(sender); parameter >= 0)
+        MainView->beginGesture(parameter);
+}
+
+void KnobDelegate10::knobReleased(View* sender)
+{
+    if (const int32_t parameter = parameterOfKnob(sender); parameter >= 0)
+        MainView->endGesture(parameter);
+}
+
+int32_t KnobDelegate10::parameterOfKnob(const View* knob) const
+{
+    for (const panel_layout::KnobPlace& place : kKnobPlaces)
+        if (knob && knob == knobForParameter(place.parameter))
+            return place.parameter;
+    return -1;
+}
+
 void KnobDelegate10::updateGroupButtons(int32_t buttonType)
 {
-    if (rateButtonIndex(buttonType) >= 0)
-        MainView->updateParameters(5, static_cast<float>(buttonType));
+    if (rateButtonIndex(buttonType) >= 0) {
+        MainView->beginGesture(kSampleRate);
+        MainView->updateParameters(kSampleRate, static_cast<float>(buttonType));
+        MainView->endGesture(kSampleRate);
+    }
     selectRateButton(buttonType);
     redisplayRateButtons();
 }
@@ -169,7 +174,7 @@ void KnobDelegate10::updateControllers(int32_t index, float value)
 {
     if (FlatKnob10* knobView = knobForParameter(index)) {
         knobView->controlPoint()->setIntValue(knob::stepForValue(value));
-    } else if (index == 5) {
+    } else if (index == kSampleRate) {
         selectRateButton(truncateToInt32(value));
         redisplayRateButtons();
     }

@@ -22,6 +22,9 @@ public:
     // Sends all five knob values to the effect, in the order of parameters 0, 2, 1, 3, 4.
     void knobUpdatedWithIndex(int32_t index, std::optional<int32_t> value,
                               View* sender) override;
+    // A press on a knob starts a gesture on its parameter, the release ends it.
+    void knobPressed(View* sender) override;
+    void knobReleased(View* sender) override;
     // Selects the button of rate choice buttonType (7 to 10) and writes it into parameter 5;
     // any other choice switches all four off and writes nothing.
     void updateGroupButtons(int32_t buttonType) override;
@@ -44,6 +47,8 @@ private:
     void createSwitches();
     void selectRateButton(int32_t rateChoice);
     void redisplayRateButtons();
+    // The parameter a knob controls, or -1 for a view that is none of the knobs.
+    int32_t parameterOfKnob(const View* knob) const;
 
     HalvoUiView10* MainView; // owns this controller
     FlatKnob10* tremolDepthKnob = nullptr;

@@ -1,12 +1,8 @@
 #include "platform/Image.h"
 
 #include <cstring>
-#include <mutex>
 #include <span>
 #include <utility>
-#include <vector>
-
-#include "platform/EmbeddedPictures.h"
 
 namespace {
 
@@ -35,44 +31,6 @@ cairo_surface_t* decodePng(std::span<const unsigned char> bytes)
     return nullptr;
 }
 
-// One decoded surface per embedded picture, made on first use and kept until the module goes.
-// Panels are built on the UI thread, but two hosts' UI threads may share one process.
-class DecodedPictures {
-public:
-    DecodedPictures() : entries(embeddedPictures().size()) {}
-    ~DecodedPictures()
-    {
-        for (Entry& entry : entries)
-            if (entry.surface)
-                cairo_surface_destroy(entry.surface);
-    }
-
-    // A new reference to the picture's surface, or null.
-    cairo_surface_t* find(std::string_view name)
-    {
-        const EmbeddedPicture* picture = findEmbeddedPicture(name);
-        if (!picture)
-            return nullptr;
-        Entry& entry = entries[static_cast<size_t>(picture - embeddedPictures().data())];
-        std::lock_guard<std::mutex> guard(lock);
-        // A picture that does not decode is not tried again on every lookup.
-        if (!entry.tried) {
-            entry.tried = true;
-            entry.surface = decodePng({picture->data, picture->size});
-        }
-        return entry.surface ? cairo_surface_reference(entry.surface) : nullptr;
-    }
-
-private:
-    struct Entry {
-        cairo_surface_t* surface = nullptr;
-        bool tried = false;
-    };
-
-    std::mutex lock;
-    std::vector<Entry> entries;
-};
-
 } // namespace
 
 Image::Image(cairo_surface_t* surface) : image(surface) {}
@@ -97,10 +55,9 @@ Image& Image::operator=(Image other) noexcept
     return *this;
 }
 
-Image Image::named(std::string_view name)
+Image Image::fromPng(std::span<const unsigned char> bytes)
 {
-    static DecodedPictures pictures;
-    return Image(pictures.find(name));
+    return Image(decodePng(bytes));
 }
 
 int Image::width() const

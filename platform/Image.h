@@ -4,7 +4,7 @@
 // An empty Image (a missing picture) draws nothing.
 #pragma once
 
-#include <string_view>
+#include <span>
 
 #include <cairo.h>
 
@@ -22,9 +22,8 @@ public:
     Image(Image&& other) noexcept;
     Image& operator=(Image other) noexcept;
 
-    // An embedded picture by name, decoded at its first use in this process and shared from then
-    // on. An unknown name or an undecodable picture gives an empty Image.
-    static Image named(std::string_view name);
+    // A PNG's bytes decoded; empty when they are not a PNG cairo reads.
+    static Image fromPng(std::span<const unsigned char> bytes);
 
     bool isEmpty() const { return !image; }
     int width() const;

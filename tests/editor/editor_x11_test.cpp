@@ -19,6 +19,7 @@
 #include "tests/harness/TestHost.h"
 #include "tests/panel/PictureCheck.h"
 #include "tools/vsthost/HostWindow.h"
+#include "panel/PanelPictures.h"
 
 extern char** environ;
 
@@ -171,7 +172,7 @@ protected:
     {
         for (int i = 0; i < 4; ++i) {
             const char* picture = i == chosen ? "ringbutton2" : "ringbutton1";
-            EXPECT_TRUE(shows(kButtons[i], Image::named(picture))) << "button " << i;
+            EXPECT_TRUE(shows(kButtons[i], panelPicture(picture))) << "button " << i;
         }
     }
 
@@ -190,7 +191,7 @@ TEST_F(EditorInX, EmbedsAtItsSizeShowsPicturesAndSurvivesHostQuirks)
     EXPECT_EQ(std::tie(rect->right, rect->bottom), std::tie(kWidth, kHeight));
     // Program 0, what a host starts with: steps 63, 17, 0, 0, 100 and 44.1 kHz. Pictures from the
     // top to the bottom of the host's window show the panel at its place and size.
-    EXPECT_TRUE(shows(kTopStrip, Image::named("tremolobk")));
+    EXPECT_TRUE(shows(kTopStrip, panelPicture("tremolobk")));
     const int frames[5] = {80, 21, 0, 0, 127};
     for (int parameter = 0; parameter < 5; ++parameter)
         EXPECT_TRUE(shows(kKnobs[parameter], knobFrame(frames[parameter]))) << parameter;

@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "effect/ModulationEngine.h"
-#include "effect/OscillatorSteps.h"
-#include "effect/ReferenceEngine.h"
-#include "effect/SineTables.h"
+#include "engine/ModulationEngine.h"
+#include "engine/OscillatorSteps.h"
+#include "engine/ReferenceEngine.h"
+#include "engine/SineTables.h"
 
 namespace {
 

@@ -14,6 +14,7 @@
 #include "platform/MouseTracker.h"
 #include "platform/Renderer.h"
 #include "tests/panel/PictureCheck.h"
+#include "panel/PanelPictures.h"
 
 namespace {
 
@@ -81,22 +82,24 @@ TEST(ViewLayer, RedrawsOnlyWhatIsMarkedNeverRecursesAndGivesThePressedViewTheMou
     EXPECT_EQ(probe->events, "d1,1 m-22,27 u-2,-3 ");
 }
 
-// Holds six values and records each write: index, value, whether the panel marked it its own.
-class RecordingEffect : public AudioEffect {
+// Holds six values and records each write (index, value) and each gesture ("+i" begun, "-i"
+// ended).
+class RecordingEffect : public PanelParameters {
 public:
-    using Write = std::tuple<int32_t, float, bool>;
+    using Write = std::tuple<int32_t, float>;
 
-    RecordingEffect() : AudioEffect(nullptr, 1, 6) {}
-    void processReplacing(float**, float**, VstInt32) override {}
-    void setParameter(VstInt32 index, float value) override
+    void setParameter(int32_t index, float value) override
     {
-        writes.emplace_back(index, value, inPanelUpdate.load());
+        writes.emplace_back(index, value);
         values.at(static_cast<size_t>(index)) = value;
     }
-    float getParameter(VstInt32 index) override { return values.at(static_cast<size_t>(index)); }
+    float getParameter(int32_t index) override { return values.at(static_cast<size_t>(index)); }
+    void beginGesture(int32_t index) override { gestures += "+" + std::to_string(index); }
+    void endGesture(int32_t index) override { gestures += "-" + std::to_string(index); }
 
     std::array<float, 6> values{};
     std::vector<Write> writes;
+    std::string gestures;
 };
 
 // Whether the canvas of a whole panel shows picture where view lies.
@@ -115,7 +118,7 @@ protected:
         build(&effect);
         ASSERT_TRUE(effect.writes.empty()); // building reads, never writes
     }
-    void build(AudioEffect* withEffect)
+    void build(PanelParameters* withEffect)
     {
         panel = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, withEffect);
         panel->awakeFromNib();
@@ -161,8 +164,8 @@ TEST_F(Panel, ShowsEachKnobsFrameAndTheSelectedRateOverTheBackground)
         EXPECT_TRUE(shows(canvas, *knob(parameter), knobFrame(frames[parameter]))) << parameter;
     }
     EXPECT_FALSE(shows(canvas, *knob(0), knobFrame(62))); // neighbouring frames do differ
-    const Image off = Image::named("ringbutton1");
-    const Image on = Image::named("ringbutton2");
+    const Image off = panelPicture("ringbutton1");
+    const Image on = panelPicture("ringbutton2");
     ASSERT_EQ(panel->knobView()->rateButtons().size(), 4u);
     for (size_t i = 0; i < 4; ++i) {
         EXPECT_TRUE(shows(canvas, *rateButton(i), i == 2 ? on : off)) << i;
@@ -200,16 +203,19 @@ TEST_F(Panel, HostUpdatesRedrawTheirControlWriteNothingBackAndUnknownIndicesChan
     EXPECT_EQ(selectedRates(), std::vector<int32_t>{10});
     EXPECT_EQ(step(0), 50);
     EXPECT_TRUE(effect.writes.empty());
-    EXPECT_FALSE(effect.inPanelUpdate.load());
+    EXPECT_TRUE(effect.gestures.empty());
 }
 
-TEST_F(Panel, OneStepWritesAllFiveKnobsInTheOrder02134AsThePanelsOwn)
+TEST_F(Panel, OneStepWritesAllFiveKnobsInTheOrder02134InsideOneGestureOnTheDraggedKnob)
 {
-    drag(knob(0), {1, 2, 3}); // from step 50's drag start of 88 degrees, 85 reads 51
+    drag(knob(2), {1, 2, 3}); // 0.57 shows step 56; three points up reach 57
     const std::vector<RecordingEffect::Write> expected = {
-        {0, 0.51f, true}, {2, 0.56f, true}, {1, 0.12f, true}, {3, 0.98f, true}, {4, 1.0f, true}};
+        {0, 0.5f}, {2, 0.57f}, {1, 0.12f}, {3, 0.98f}, {4, 1.0f}};
     EXPECT_EQ(effect.writes, expected);
-    EXPECT_FALSE(effect.inPanelUpdate.load());
+    EXPECT_EQ(effect.gestures, "+2-2");
+    drag(knob(4), {}); // a click without a drag is a gesture that writes nothing
+    EXPECT_EQ(effect.gestures, "+2-2+4-4");
+    EXPECT_EQ(effect.writes.size(), 5u);
 }
 
 TEST_F(Panel, ADragGoesOnFromTheShownStepAStepFor2Point7Points)
@@ -249,18 +255,20 @@ TEST_F(Panel, ARateButtonSelectsItselfAloneOnThePressAndWritesItsChoice)
 {
     drag(rateButton(1), {});
     EXPECT_EQ(selectedRates(), std::vector<int32_t>{8});
-    EXPECT_EQ(effect.writes, (std::vector<RecordingEffect::Write>{{5, 8.0f, true}}));
+    EXPECT_EQ(effect.writes, (std::vector<RecordingEffect::Write>{{5, 8.0f}}));
+    EXPECT_EQ(effect.gestures, "+5-5");
     drag(rateButton(3), {-100}); // dragged off before the release
     EXPECT_EQ(selectedRates(), std::vector<int32_t>{10});
     drag(rateButton(3), {});
     EXPECT_EQ(selectedRates(), std::vector<int32_t>{10});
     EXPECT_EQ(effect.writes.size(), 3u);
-    EXPECT_EQ(effect.writes.back(), (RecordingEffect::Write{5, 10.0f, true}));
+    EXPECT_EQ(effect.writes.back(), (RecordingEffect::Write{5, 10.0f}));
 
     // A choice outside the group switches all off and writes nothing.
     panel->knobView()->updateGroupButtons(11);
     EXPECT_TRUE(selectedRates().empty());
     EXPECT_EQ(effect.writes.size(), 3u);
+    EXPECT_EQ(effect.gestures, "+5-5+5-5+5-5");
 }
 
 TEST_F(Panel, WithoutAnEffectShowsEveryKnobAtZeroAndNoRateAndStillFollowsTheMouse)

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 
+#include "panel/PanelPictures.h"
 #include "platform/Image.h"
 
 // Premultiplied ARGB of pixel (x, y), y down; the unused byte of RGB24 may hold anything.
@@ -20,7 +21,7 @@ inline uint32_t pixelAt(cairo_surface_t* surface, int x, int y)
                                                                          : argb;
 }
 
-inline Image knobFrame(int frame) { return Image::named("knob" + std::to_string(frame)); }
+inline Image knobFrame(int frame) { return panelPicture("knob" + std::to_string(frame)); }
 
 // Whether shown(x, y), the colour of the panel's device pixel (x, y), shows the width x height
 // corner of picture placed at (left, top): its opaque pixels exactly and the background through
@@ -30,7 +31,7 @@ template <typename Shown>
 testing::AssertionResult showsPicture(const Shown& shown, const Image& picture, int left, int top,
                                       int width, int height)
 {
-    const Image background = Image::named("tremolobk");
+    const Image background = panelPicture("tremolobk");
     int opaque = 0;
     int wrong = 0;
     for (int y = 0; y < height; ++y) {

@@ -10,8 +10,10 @@
 #include <memory>
 #include <string>
 
+#include "editor/EffectParameters.h"
 #include "effect/VstXSynth.h"
 #include "panel/HalvoUiView10.h"
+#include "panel/PanelLayout.h"
 #include "platform/Renderer.h"
 
 namespace {
@@ -67,17 +69,20 @@ int main(int argc, char** argv)
     if (!output)
         return usage();
 
-    HalvoUiView10 panel(HalvoUiView10::kFrame, &effect);
+    // A still picture: nothing the panel could write reaches a host.
+    EffectParameters parameters(&effect, false);
+    HalvoUiView10 panel(HalvoUiView10::kFrame, &parameters);
     panel.awakeFromNib();
-    cairo_surface_t* image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 253, 400);
+    cairo_surface_t* image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, panel_layout::kPanelWidth,
+                                                        panel_layout::kPanelHeight);
     cairo_t* cr = cairo_create(image);
     Renderer::renderAll(cr, panel);
     cairo_destroy(cr);
 
     cairo_surface_t* result = image;
     if (scale != 1.0) {
-        result = cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(253 * scale),
-                                            static_cast<int>(400 * scale));
+        result = cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(panel_layout::kPanelWidth * scale),
+                                            static_cast<int>(panel_layout::kPanelHeight * scale));
         cr = cairo_create(result);
         cairo_scale(cr, scale, scale);
         cairo_set_source_surface(cr, image, 0.0, 0.0);

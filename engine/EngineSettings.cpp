@@ -1,6 +1,8 @@
-#include "effect/EngineSettings.h"
+#include "engine/EngineSettings.h"
 
 #include <cmath>
+
+#include "engine/Parameters.h"
 
 namespace {
 
@@ -33,8 +35,8 @@ float limitedIncrement(float increment, float largest)
 
 float rateFactor(int32_t rateChoice)
 {
-    static constexpr float factors[4] = {1.0f, 0.91875f, 0.5f, 0.459375f};
-    return rateChoice >= 7 && rateChoice <= 10 ? factors[rateChoice - 7] : 1.0f;
+    static constexpr float factors[kNumRateChoices] = {1.0f, 0.91875f, 0.5f, 0.459375f};
+    return isRateChoice(rateChoice) ? factors[rateChoice - kFirstRateChoice] : 1.0f;
 }
 
 BlockSettings blockSettings(const EngineSettings& settings)

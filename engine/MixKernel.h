@@ -7,7 +7,7 @@
 #include <bit>
 #include <cstdint>
 
-#include "effect/OscillatorSteps.h"
+#include "engine/OscillatorSteps.h"
 
 // One running oscillator as the kernel sees it. The engine says where it stands before each block;
 // the kernel leaves where it ends and the exact run it is in, which the next block goes on with

@@ -1,4 +1,4 @@
-#include "platform/EmbeddedPictures.h"
+#include "panel/EmbeddedPictures.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "effect/SineTables.h"
+#include "engine/SineTables.h"
 
 #include <array>
 #include <cmath>

@@ -1,6 +1,9 @@
-// The editor base: a fixed rectangle the host reads, and the defaults of an editor that keeps
-// no keys and ignores the knob mode.
+// The editor base: a fixed rectangle the host reads, the defaults of an editor that keeps no keys
+// and ignores the knob mode, and how an effect tells its editor of a parameter change. An effect
+// knows its editor through this class only.
 #pragma once
+
+#include <atomic>
 
 #include "host/AEffEditor.h"
 #include "host/AudioEffect.h"
@@ -19,6 +22,11 @@ public:
         *answer = &rect;
         return true;
     }
+    // A change the editor should show, from any thread (the audio thread included).
+    virtual void setParameter(VstInt32, float) {}
+    // Whether the editor is showing a panel that changes should reach.
+    virtual bool isEditorOpen() const { return false; }
+
     bool onKeyDown(VstKeyCode&) override { return false; }
     bool onKeyUp(VstKeyCode&) override { return false; }
     bool onWheel(float) override { return false; }

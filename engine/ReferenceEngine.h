@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
-#include "effect/EngineSettings.h"
-#include "effect/OscillatorState.h"
+#include "engine/EngineSettings.h"
+#include "engine/OscillatorState.h"
 
 // outL/outR may be the same buffers as inL/inR, or overlap them in any other way: every frame is
 // read and written in order. frames <= 0 touches nothing.

@@ -2,7 +2,7 @@
 // allowed: included after that target switch.
 #pragma once
 
-#include "effect/MixLanesSse2.h"
+#include "engine/MixLanesSse2.h"
 
 namespace {
 

@@ -1,13 +1,8 @@
-#include <cstring>
+#include "engine/FactoryPrograms.h"
 
-#include "effect/TremoloProgram.h"
+#include "engine/Parameters.h"
 
 namespace {
-
-struct FactoryProgram {
-    const char* name;
-    EngineSettings settings;
-};
 
 // Programs 0 and 3 have the panner off; all use the 44.1 kHz rate choice.
 constexpr FactoryProgram kFactory[kNumPrograms] = {
@@ -25,22 +20,15 @@ constexpr FactoryProgram kFactory[kNumPrograms] = {
 
 } // namespace
 
-void loadFactoryPrograms(TremoloProgram (&programs)[kNumPrograms])
+const FactoryProgram& factoryProgram(int number)
 {
-    for (int i = 0; i < kNumPrograms; ++i) {
-        const EngineSettings& factory = kFactory[i].settings;
-        TremoloProgram& program = programs[i];
-        program.pannerDepth = factory.pannerDepth;
-        program.tremoloSpeed = factory.tremoloSpeed;
-        program.tremoloDepth = factory.tremoloDepth;
-        program.pannerSpeed = factory.pannerSpeed;
-        program.mix = factory.mix;
-        program.rateChoice = factory.rateChoice;
-        std::strncpy(program.name, kFactory[i].name, sizeof program.name);
-    }
+    return kFactory[number];
 }
 
-EngineSettings factorySettings(int number)
+float factoryValue(int number, int32_t index)
 {
-    return kFactory[number].settings;
+    float value = 0.0f;
+    visitParameter(kFactory[number].settings, index,
+                   [&](const auto& field) { value = static_cast<float>(field); });
+    return value;
 }

@@ -7,9 +7,9 @@
 
 #include <cstdint>
 
-#include "effect/EngineSettings.h"
-#include "effect/MixKernel.h"
-#include "effect/OscillatorState.h"
+#include "engine/EngineSettings.h"
+#include "engine/MixKernel.h"
+#include "engine/OscillatorState.h"
 
 class ModulationEngine : public OscillatorState {
 public:

@@ -1,6 +1,6 @@
-#include "effect/ReferenceEngine.h"
+#include "engine/ReferenceEngine.h"
 
-#include "effect/SineTables.h"
+#include "engine/SineTables.h"
 
 using sine_tables::kPannerLength;
 using sine_tables::kTremoloLength;

@@ -1,11 +1,11 @@
-#include "effect/ModulationEngine.h"
+#include "engine/ModulationEngine.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 
-#include "effect/ReferenceEngine.h"
-#include "effect/SineTables.h"
+#include "engine/ReferenceEngine.h"
+#include "engine/SineTables.h"
 
 namespace {
 

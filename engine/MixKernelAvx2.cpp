@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "effect/MixKernel.h"
-#include "effect/OscillatorSteps.h"
+#include "engine/MixKernel.h"
+#include "engine/OscillatorSteps.h"
 
 // Everything from here on may use AVX2 and BMI2 (never FMA: products and sums stay separately
 // rounded; BMI2 shifts by any register, which the index arithmetic needs twice at once).
@@ -17,8 +17,8 @@
 #pragma GCC push_options
 #pragma GCC target("avx2,bmi2")
 
-#include "effect/MixKernel.inl"
-#include "effect/MixLanesAvx2.h"
+#include "engine/MixKernel.inl"
+#include "engine/MixLanesAvx2.h"
 
 const MixFunctions mixAvx2 = mixFunctions<Avx2Lanes>();
 

@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "effect/MixKernel.h"
-#include "effect/OscillatorSteps.h"
+#include "engine/MixKernel.h"
+#include "engine/OscillatorSteps.h"
 
 // Everything from here on may use AVX-512F, AVX2 and BMI2 (never FMA: products and sums stay
 // separately rounded). Only mixAvx512 is reachable from outside, and the engine calls it only on
@@ -20,8 +20,8 @@
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 
-#include "effect/MixKernel.inl"
-#include "effect/MixLanesAvx512.h"
+#include "engine/MixKernel.inl"
+#include "engine/MixLanesAvx512.h"
 
 const MixFunctions mixAvx512 = mixFunctions<Avx512Lanes>();
 

@@ -13,7 +13,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "effect/MixKernel.h"
+#include "engine/MixKernel.h"
 
 namespace {
 

@@ -1,4 +1,0 @@
-#include "effect/MixKernel.inl"
-#include "effect/MixLanesSse2.h"
-
-const MixFunctions mixSse2 = mixFunctions<Sse2Lanes>();
