@@ -3,8 +3,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "host/AEffEditor.h"
 #include "common/boundedCopy.h"
+#include "host/AEffEditor.h"
+#include "host/guarded.h"
 
 AudioEffect::AudioEffect(audioMasterCallback audioMaster, VstInt32 numPrograms, VstInt32 numParams)
     : audioMaster(audioMaster), numPrograms(numPrograms), numParams(numParams)
@@ -154,7 +155,8 @@ VstIntPtr AudioEffect::dispatchEffectClass(AEffect* e, VstInt32 opcode, VstInt32
                                            VstIntPtr value, void* ptr, float opt)
 {
     auto* effect = static_cast<AudioEffect*>(e->object);
-    const VstIntPtr result = effect->dispatcher(opcode, index, value, ptr, opt);
+    const VstIntPtr result =
+        guarded(VstIntPtr{0}, [&] { return effect->dispatcher(opcode, index, value, ptr, opt); });
     if (opcode != effClose)
         return result;
     delete effect;
@@ -163,27 +165,32 @@ VstIntPtr AudioEffect::dispatchEffectClass(AEffect* e, VstInt32 opcode, VstInt32
 
 void AudioEffect::processClass(AEffect* e, float** inputs, float** outputs, VstInt32 sampleFrames)
 {
-    static_cast<AudioEffect*>(e->object)->process(inputs, outputs, sampleFrames);
+    guarded([&] { static_cast<AudioEffect*>(e->object)->process(inputs, outputs, sampleFrames); });
 }
 
 void AudioEffect::processClassReplacing(AEffect* e, float** inputs, float** outputs,
                                         VstInt32 sampleFrames)
 {
-    static_cast<AudioEffect*>(e->object)->processReplacing(inputs, outputs, sampleFrames);
+    guarded([&] {
+        static_cast<AudioEffect*>(e->object)->processReplacing(inputs, outputs, sampleFrames);
+    });
 }
 
 void AudioEffect::processClassDoubleReplacing(AEffect* e, double** inputs, double** outputs,
                                               VstInt32 sampleFrames)
 {
-    static_cast<AudioEffect*>(e->object)->processDoubleReplacing(inputs, outputs, sampleFrames);
+    guarded([&] {
+        static_cast<AudioEffect*>(e->object)->processDoubleReplacing(inputs, outputs,
+                                                                     sampleFrames);
+    });
 }
 
 void AudioEffect::setParameterClass(AEffect* e, VstInt32 index, float value)
 {
-    static_cast<AudioEffect*>(e->object)->setParameter(index, value);
+    guarded([&] { static_cast<AudioEffect*>(e->object)->setParameter(index, value); });
 }
 
 float AudioEffect::getParameterClass(AEffect* e, VstInt32 index)
 {
-    return static_cast<AudioEffect*>(e->object)->getParameter(index);
+    return guarded(0.0f, [&] { return static_cast<AudioEffect*>(e->object)->getParameter(index); });
 }

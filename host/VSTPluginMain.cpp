@@ -1,5 +1,6 @@
 // The module's one exported function.
 #include "host/AudioEffect.h"
+#include "host/guarded.h"
 
 extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMasterCallback audioMaster)
 {
@@ -8,6 +9,7 @@ extern "C" __attribute__((visibility("default"))) AEffect* VSTPluginMain(audioMa
         return nullptr;
     if (audioMaster(nullptr, audioMasterVersion, 0, 0, nullptr, 0.0f) == 0)
         return nullptr;
-    AudioEffect* effect = createEffectInstance(audioMaster);
+    AudioEffect* effect = guarded(static_cast<AudioEffect*>(nullptr),
+                                  [&] { return createEffectInstance(audioMaster); });
     return effect ? effect->getAeffect() : nullptr;
 }

@@ -4,7 +4,7 @@
 # ThreadSanitizer builds with their tests.
 set -e
 cd "$(dirname "$0")/.."
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DHVT_WERROR=ON
 cmake --build build -j2
 ctest --test-dir build -j2 --output-on-failure
 tests/run-valgrind.sh build

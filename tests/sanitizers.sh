@@ -14,7 +14,7 @@ jobs=${JOBS:-2}
 which=${1:-all}
 
 run_asan() {
-    cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=Release -DHVT_SANITIZE=ON \
+    cmake -S "$root" -B "$root/build-asan" -DCMAKE_BUILD_TYPE=Release -DHVT_SANITIZE=ON -DHVT_WERROR=ON \
         -DHVT_BENCHMARKS=OFF
     cmake --build "$root/build-asan" -j"$jobs"
     # Leaks are valgrind's to find (tests/run-valgrind.sh): LeakSanitizer reports the start-up
@@ -27,7 +27,7 @@ run_asan() {
 }
 
 run_tsan() {
-    cmake -S "$root" -B "$root/build-tsan" -DCMAKE_BUILD_TYPE=Release -DHVT_TSAN=ON \
+    cmake -S "$root" -B "$root/build-tsan" -DCMAKE_BUILD_TYPE=Release -DHVT_TSAN=ON -DHVT_WERROR=ON \
         -DHVT_BENCHMARKS=OFF
     cmake --build "$root/build-tsan" -j"$jobs"
     TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 \

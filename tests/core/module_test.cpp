@@ -156,6 +156,20 @@ TEST_F(Dispatcher, IdentityAndPins)
               std::make_tuple(0, 0, 400, 253));
 }
 
+TEST_F(Dispatcher, AnEditorOpenedIntoAWindowWithNoXServerSaysItFailed)
+{
+    const std::string display = std::getenv("DISPLAY") ? std::getenv("DISPLAY") : "";
+    setenv("DISPLAY", ":9999", 1); // no server listens there
+    const VstIntPtr opened = plugin->dispatch(effEditOpen, 0, 0, reinterpret_cast<void*>(0x400001));
+    display.empty() ? unsetenv("DISPLAY") : setenv("DISPLAY", display.c_str(), 1);
+    EXPECT_EQ(opened, 0);
+    plugin->dispatch(effEditIdle); // a host may still idle and close what did not open
+    plugin->dispatch(effEditClose);
+    ERect* rect = nullptr;
+    ASSERT_EQ(plugin->dispatch(effEditGetRect, 0, 0, &rect), 1);
+    EXPECT_EQ(std::tie(rect->bottom, rect->right), std::make_tuple(400, 253));
+}
+
 TEST_F(Dispatcher, NumericAnswersAndOpcodesItDoesNotHandle)
 {
     struct Case {
