@@ -1,6 +1,6 @@
 #!/bin/sh
-# Instructions per stereo frame of the plain loops (the engine's reference and the loop written as
-# described, bench/DescribedLoop.h) and the vector engine, counted by callgrind
+# Instructions per stereo frame of the plain loops (the engine's reference and the loop that keeps
+# every field in memory, bench/FieldsInMemoryLoop.h) and the vector engine, counted by callgrind
 # inside the engines' process functions only (table building and start-up excluded).
 #   bench/count_engine_instructions.sh [build directory [factory program ...]]
 # The programs default to 1 "Waves" and 9 "Rotary".
@@ -19,13 +19,13 @@ count() { # engine block function program
     awk -v frames="$frames" '/^(summary|totals):/ { printf "%.1f", $2 / frames; exit }' "$out/cg"
 }
 
-printf '%-8s %-6s %9s %8s %8s %8s\n' program block described plain sse2 avx2
+printf '%-8s %-6s %9s %8s %8s %8s\n' program block in-memory plain sse2 avx2
 for program in $programs; do
     for block in 32 512 4096; do
-        described=$(count described "$block" 'DescribedEffect::processReplacing*' "$program")
+        inMemory=$(count in-memory "$block" 'FieldsInMemoryEffect::processReplacing*' "$program")
         plain=$(count plain "$block" 'processReference*' "$program")
         sse2=$(count sse2 "$block" 'ModulationEngine::process*' "$program")
         avx2=$(count avx2 "$block" 'ModulationEngine::process*' "$program")
-        printf '%-8s %-6s %9s %8s %8s %8s\n' "$program" "$block" "$described" "$plain" "$sse2" "$avx2"
+        printf '%-8s %-6s %9s %8s %8s %8s\n' "$program" "$block" "$inMemory" "$plain" "$sse2" "$avx2"
     done
 done

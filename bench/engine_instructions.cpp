@@ -1,7 +1,7 @@
 // Processes a fixed number of frames with one engine, for counting instructions under callgrind
 // (see count_engine_instructions.sh):
-//   engine_instructions plain|described|sse2|avx2|avx512 <block frames> <total frames> [program]
-// "plain" is the engine's reference loop, "described" the loop in DescribedLoop.h.
+//   engine_instructions plain|in-memory|sse2|avx2|avx512 <block frames> <total frames> [program]
+// "plain" is the engine's reference loop, "in-memory" the loop in FieldsInMemoryLoop.h.
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -13,13 +13,13 @@
 #include "engine/SineTables.h"
 #include "engine/FactoryPrograms.h"
 
-#include "DescribedLoop.h"
+#include "FieldsInMemoryLoop.h"
 
 int main(int argc, char** argv)
 {
     if (argc != 4 && argc != 5) {
         std::fprintf(stderr,
-                     "usage: %s plain|described|sse2|avx2|avx512 <block frames> <total frames> [0..9]\n",
+                     "usage: %s plain|in-memory|sse2|avx2|avx512 <block frames> <total frames> [0..9]\n",
                      argv[0]);
         return 2;
     }
@@ -29,14 +29,14 @@ int main(int argc, char** argv)
     if (block <= 0 || total <= 0)
         return 2;
     const bool plain = std::strcmp(engineName, "plain") == 0;
-    const bool described = std::strcmp(engineName, "described") == 0;
+    const bool inMemory = std::strcmp(engineName, "in-memory") == 0;
     auto kernel = ModulationEngine::Kernel::Sse2;
     if (std::strcmp(engineName, "avx2") == 0)
         kernel = ModulationEngine::Kernel::Avx2;
     else if (std::strcmp(engineName, "avx512") == 0)
         kernel = ModulationEngine::Kernel::Avx512;
     ModulationEngine vector(kernel);
-    if (!plain && !described && vector.kernelInUse() != kernel) {
+    if (!plain && !inMemory && vector.kernelInUse() != kernel) {
         std::fprintf(stderr, "%s is not used on this processor\n", engineName);
         return 1;
     }
@@ -47,7 +47,7 @@ int main(int argc, char** argv)
     if (program < 0 || program >= kNumPrograms)
         return 2;
     const EngineSettings settings = factorySettings(program);
-    DescribedEffect describedEffect(settings);
+    FieldsInMemoryEffect inMemoryEffect(settings);
     std::vector<float> inL(block), inR(block), outL(block), outR(block);
     float* inputs[2] = {inL.data(), inR.data()};
     float* outputs[2] = {outL.data(), outR.data()};
@@ -59,8 +59,8 @@ int main(int argc, char** argv)
         if (plain)
             processReference(plainState, inL.data(), inR.data(), outL.data(), outR.data(), block,
                              settings);
-        else if (described)
-            describedEffect.processReplacing(inputs, outputs, block);
+        else if (inMemory)
+            inMemoryEffect.processReplacing(inputs, outputs, block);
         else
             vector.process(inL.data(), inR.data(), outL.data(), outR.data(), block, settings);
     }

@@ -1,6 +1,6 @@
 // The vector engine against the plain loops, in one process and interleaved: this machine's timing
 // moves by a third between processes and over seconds, so each iteration times a stretch of the
-// engine's plain reference loop, of the loop written as described (DescribedLoop.h), of the vector
+// engine's plain reference loop, of the loop that keeps every field in memory (FieldsInMemoryLoop.h), of the vector
 // engine and of a memcpy of the same buffers (the floor no engine can beat). The counters report
 // all four in ns per stereo frame and each plain loop's time over the vector engine's.
 #include <benchmark/benchmark.h>
@@ -16,7 +16,7 @@
 #include "engine/ReferenceEngine.h"
 #include "engine/FactoryPrograms.h"
 
-#include "DescribedLoop.h"
+#include "FieldsInMemoryLoop.h"
 
 namespace {
 
@@ -47,7 +47,7 @@ void EngineVersusPlainLoop(benchmark::State& state)
     }
     OscillatorState plain;
     const EngineSettings settings = factorySettings(static_cast<int>(state.range(2)));
-    DescribedEffect described(settings);
+    FieldsInMemoryEffect inMemory(settings);
 
     std::vector<float> inL(frames), inR(frames), outL(frames), outR(frames);
     for (int32_t i = 0; i < frames; ++i) {
@@ -57,14 +57,14 @@ void EngineVersusPlainLoop(benchmark::State& state)
     const int64_t blocks = std::max<int64_t>(1, kFramesPerStretch / frames);
     float* inputs[2] = {inL.data(), inR.data()};
     float* outputs[2] = {outL.data(), outR.data()};
-    double plainSeconds = 0.0, describedSeconds = 0.0, vectorSeconds = 0.0, copySeconds = 0.0;
+    double plainSeconds = 0.0, inMemorySeconds = 0.0, vectorSeconds = 0.0, copySeconds = 0.0;
     for (auto _ : state) {
         plainSeconds += secondsFor(blocks, [&] {
             processReference(plain, inL.data(), inR.data(), outL.data(), outR.data(), frames,
                              settings);
         });
-        describedSeconds += secondsFor(blocks, [&] {
-            described.processReplacing(inputs, outputs, frames);
+        inMemorySeconds += secondsFor(blocks, [&] {
+            inMemory.processReplacing(inputs, outputs, frames);
         });
         vectorSeconds += secondsFor(blocks, [&] {
             vector.process(inL.data(), inR.data(), outL.data(), outR.data(), frames, settings);
@@ -75,26 +75,26 @@ void EngineVersusPlainLoop(benchmark::State& state)
         });
     }
     // All three have run the same frames, so their next blocks must agree bit for bit.
-    std::vector<float> plainOut(2 * frames), describedOut(2 * frames), vectorOut(2 * frames);
+    std::vector<float> plainOut(2 * frames), inMemoryOut(2 * frames), vectorOut(2 * frames);
     processReference(plain, inL.data(), inR.data(), plainOut.data(), plainOut.data() + frames,
                      frames, settings);
-    float* describedOutputs[2] = {describedOut.data(), describedOut.data() + frames};
-    described.processReplacing(inputs, describedOutputs, frames);
+    float* inMemoryOutputs[2] = {inMemoryOut.data(), inMemoryOut.data() + frames};
+    inMemory.processReplacing(inputs, inMemoryOutputs, frames);
     vector.process(inL.data(), inR.data(), vectorOut.data(), vectorOut.data() + frames, frames,
                    settings);
     const size_t bytes = vectorOut.size() * sizeof(float);
     if (std::memcmp(plainOut.data(), vectorOut.data(), bytes) != 0 ||
-        std::memcmp(describedOut.data(), vectorOut.data(), bytes) != 0) {
+        std::memcmp(inMemoryOut.data(), vectorOut.data(), bytes) != 0) {
         state.SkipWithError("the loops' outputs differ");
         return;
     }
     const double perFrame = 1e9 / (static_cast<double>(state.iterations()) * blocks * frames);
     state.counters["plain_ns"] = plainSeconds * perFrame;
-    state.counters["described_ns"] = describedSeconds * perFrame;
+    state.counters["in_memory_ns"] = inMemorySeconds * perFrame;
     state.counters["vector_ns"] = vectorSeconds * perFrame;
     state.counters["memcpy_ns"] = copySeconds * perFrame;
     state.counters["speedup"] = plainSeconds / vectorSeconds;
-    state.counters["speedup_described"] = describedSeconds / vectorSeconds;
+    state.counters["speedup_in_memory"] = inMemorySeconds / vectorSeconds;
 }
 
 } // namespace

@@ -1,10 +1,10 @@
-// The audio path written step for step the way the engine's behaviour is defined: the effect's
-// fields are read where the definition reads them (depths and mix anew for every frame) and each
-// new phase is stored back into its field before the next frame reads it. Nothing here is clever,
-// and because the output arrays may alias those float fields, the compiler has to keep every read
-// and write in memory: this is the latency-bound loop the vector engine was set against. The
-// engine's own reference (processReference) is the leaner yardstick, with everything per block
-// in registers; the benchmarks report both.
+// The audio path with every field kept in memory, step for step as the behaviour is defined: the
+// effect's fields are read where the definition reads them (depths and mix anew for every frame)
+// and each new phase is stored back into its field before the next frame reads it. Nothing here
+// is clever, and because the output arrays may alias those float fields, the compiler has to keep
+// every read and write in memory: this is the latency-bound loop the vector engine was set
+// against. The engine's own reference (processReference) is the leaner yardstick, with
+// everything per block in registers; the benchmarks report both.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 #include "engine/EngineSettings.h"
 #include "engine/SineTables.h"
 
-struct DescribedEffect {
+struct FieldsInMemoryEffect {
     float tremoloDepth = 0.0f;
     float tremoloSpeed = 0.0f;
     float pannerDepth = 0.0f;
@@ -26,7 +26,7 @@ struct DescribedEffect {
     const float* tremoloTable = sine_tables::tremoloTable();
     const float* pannerTable = sine_tables::pannerTable();
 
-    explicit DescribedEffect(const EngineSettings& s)
+    explicit FieldsInMemoryEffect(const EngineSettings& s)
         : tremoloDepth(s.tremoloDepth), tremoloSpeed(s.tremoloSpeed), pannerDepth(s.pannerDepth),
           pannerSpeed(s.pannerSpeed), mix(s.mix), rateChoice(s.rateChoice)
     {
