@@ -80,6 +80,17 @@ void AudioEffect::masterIdle()
         callHost(audioMasterIdle);
 }
 
+// The host answers 0 for a connected pin.
+bool AudioEffect::isInputConnected(VstInt32 input)
+{
+    return !audioMaster || callHost(audioMasterPinConnected, input, 0) == 0;
+}
+
+bool AudioEffect::isOutputConnected(VstInt32 output)
+{
+    return !audioMaster || callHost(audioMasterPinConnected, output, 1) == 0;
+}
+
 // --- Dispatcher for the base opcodes (0 to 24) ---
 
 VstIntPtr AudioEffect::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,

@@ -67,6 +67,9 @@ public:
     virtual VstInt32 getMasterVersion();
     virtual VstInt32 getCurrentUniqueId();
     virtual void masterIdle();
+    // Deprecated: whether the host has connected the pin; 1 without a host.
+    virtual bool isInputConnected(VstInt32 input);
+    virtual bool isOutputConnected(VstInt32 output);
 
     // Value-to-text conversions; each writes at most maxLen characters and a terminator at
     // maxLen, so the buffer must hold maxLen + 1 bytes.

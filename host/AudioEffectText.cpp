@@ -107,8 +107,9 @@ void AudioEffect::dB2string(float value, char* text, VstInt32 maxLen)
 {
     if (value <= 0.0f)
         copyBounded(text, "-oo", maxLen);
-    else
-        float2string(static_cast<float>(20.0 * std::log10(value)), text, maxLen);
+    else // the logarithm in double: the float one is off in the last place, for 0.5 already
+        float2string(static_cast<float>(20.0 * std::log10(static_cast<double>(value))), text,
+                     maxLen);
 }
 
 void AudioEffect::Hz2string(float samples, char* text, VstInt32 maxLen)

@@ -276,3 +276,107 @@ void AudioEffectX::wantEvents(VstInt32 filter)
     if (audioMaster)
         callHost(audioMasterWantMidi, 0, filter);
 }
+
+bool AudioEffectX::offlineStart(VstAudioFile* files, VstInt32 numAudioFiles,
+                                VstInt32 numNewAudioFiles)
+{
+    return audioMaster &&
+           callHost(audioMasterOfflineStart, numNewAudioFiles, numAudioFiles, files) != 0;
+}
+
+bool AudioEffectX::offlineRead(VstOfflineTask* offline, VstInt32 option, bool readSource)
+{
+    return audioMaster &&
+           callHost(audioMasterOfflineRead, readSource ? 1 : 0, option, offline) != 0;
+}
+
+bool AudioEffectX::offlineWrite(VstOfflineTask* offline, VstInt32 option)
+{
+    return audioMaster && callHost(audioMasterOfflineWrite, 0, option, offline) != 0;
+}
+
+VstInt32 AudioEffectX::offlineGetCurrentPass()
+{
+    return audioMaster && callHost(audioMasterOfflineGetCurrentPass) != 0 ? 1 : 0;
+}
+
+VstInt32 AudioEffectX::offlineGetCurrentMetaPass()
+{
+    return audioMaster && callHost(audioMasterOfflineGetCurrentMetaPass) != 0 ? 1 : 0;
+}
+
+// --- Deprecated requests ---
+
+VstInt32 AudioEffectX::tempoAt(VstInt32 pos)
+{
+    return audioMaster ? static_cast<VstInt32>(callHost(audioMasterTempoAt, 0, pos)) : 0;
+}
+
+VstInt32 AudioEffectX::getNumAutomatableParameters()
+{
+    return audioMaster ? static_cast<VstInt32>(callHost(audioMasterGetNumAutomatableParameters))
+                       : 0;
+}
+
+VstInt32 AudioEffectX::getParameterQuantization()
+{
+    return audioMaster ? static_cast<VstInt32>(callHost(audioMasterGetParameterQuantization))
+                       : 0;
+}
+
+VstInt32 AudioEffectX::willProcessReplacing()
+{
+    return audioMaster ? static_cast<VstInt32>(callHost(audioMasterWillReplaceOrAccumulate)) : 0;
+}
+
+bool AudioEffectX::needIdle()
+{
+    return audioMaster && callHost(audioMasterNeedIdle) != 0;
+}
+
+// The interface's pin argument was never passed on; the host answers for the first pin.
+AEffect* AudioEffectX::getPreviousPlug(VstInt32)
+{
+    return audioMaster ? reinterpret_cast<AEffect*>(callHost(audioMasterGetPreviousPlug))
+                       : nullptr;
+}
+
+AEffect* AudioEffectX::getNextPlug(VstInt32)
+{
+    return audioMaster ? reinterpret_cast<AEffect*>(callHost(audioMasterGetNextPlug)) : nullptr;
+}
+
+bool AudioEffectX::setOutputSamplerate(float samplerate)
+{
+    return audioMaster && callHost(audioMasterSetOutputSampleRate, 0, 0, nullptr, samplerate) != 0;
+}
+
+VstSpeakerArrangement* AudioEffectX::getOutputSpeakerArrangement()
+{
+    return audioMaster ? reinterpret_cast<VstSpeakerArrangement*>(
+                             callHost(audioMasterGetOutputSpeakerArrangement))
+                       : nullptr;
+}
+
+VstSpeakerArrangement* AudioEffectX::getInputSpeakerArrangement()
+{
+    return audioMaster ? reinterpret_cast<VstSpeakerArrangement*>(
+                             callHost(audioMasterGetInputSpeakerArrangement))
+                       : nullptr;
+}
+
+void* AudioEffectX::openWindow(VstWindow* window)
+{
+    return audioMaster ? reinterpret_cast<void*>(callHost(audioMasterOpenWindow, 0, 0, window))
+                       : nullptr;
+}
+
+bool AudioEffectX::closeWindow(VstWindow* window)
+{
+    return audioMaster && callHost(audioMasterCloseWindow, 0, 0, window) != 0;
+}
+
+bool AudioEffectX::getChunkFile(void* nativePath)
+{
+    return audioMaster && nativePath && callHost(audioMasterGetChunkFile, 0, 0, nativePath) != 0;
+}

@@ -89,7 +89,27 @@ public:
     virtual bool offlineNotify(VstAudioFile*, VstInt32, bool) { return false; }
     virtual bool offlinePrepare(VstOfflineTask*, VstInt32) { return false; }
     virtual bool offlineRun(VstOfflineTask*, VstInt32) { return false; }
+    virtual bool offlineStart(VstAudioFile* files, VstInt32 numAudioFiles,
+                              VstInt32 numNewAudioFiles);
+    virtual bool offlineRead(VstOfflineTask* offline, VstInt32 option, bool readSource = true);
+    virtual bool offlineWrite(VstOfflineTask* offline, VstInt32 option);
+    virtual VstInt32 offlineGetCurrentPass();
+    virtual VstInt32 offlineGetCurrentMetaPass();
 
     // Deprecated; kept because a 2.3 host may still ask for MIDI through it.
     virtual void wantEvents(VstInt32 filter = 1);
+    // Deprecated requests of the 2.x interface, passed to the host as they are.
+    virtual VstInt32 tempoAt(VstInt32 pos);
+    virtual VstInt32 getNumAutomatableParameters();
+    virtual VstInt32 getParameterQuantization();
+    virtual VstInt32 willProcessReplacing();
+    virtual bool needIdle();
+    virtual AEffect* getPreviousPlug(VstInt32 input);
+    virtual AEffect* getNextPlug(VstInt32 output);
+    virtual bool setOutputSamplerate(float samplerate);
+    virtual VstSpeakerArrangement* getOutputSpeakerArrangement();
+    virtual VstSpeakerArrangement* getInputSpeakerArrangement();
+    virtual void* openWindow(VstWindow* window);
+    virtual bool closeWindow(VstWindow* window);
+    virtual bool getChunkFile(void* nativePath);
 };

@@ -292,3 +292,4 @@ struct VstAudioFile;
 struct VstOfflineTask;
 struct VstVariableIo;
 struct VstFileSelect;
+struct VstWindow;
