@@ -96,8 +96,12 @@ public:
     float getParameter(int32_t index) override { return values.at(static_cast<size_t>(index)); }
     void beginGesture(int32_t index) override { gestures += "+" + std::to_string(index); }
     void endGesture(int32_t index) override { gestures += "-" + std::to_string(index); }
+    float sampleRate() override { return rate; }
+    int32_t currentProgram() override { return program; }
 
     std::array<float, 6> values{};
+    float rate = 44100.0f;
+    int32_t program = 0;
     std::vector<Write> writes;
     std::string gestures;
 };
