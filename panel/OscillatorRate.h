@@ -3,7 +3,7 @@
 // (between two powers of two) every step lands on that binade's grid: it adds the increment
 // rounded to the grid (see engine/OscillatorSteps.h), not the increment itself. A slow
 // oscillator's real rate can lie several percent below increment / length: 0.01 steps a frame
-// add only 0.0098 between 4096 and 18002, and the tremolo turns 2.5 % slower than its nominal
+// add only 0.0098 between 4096 and 18002, and the tremolo turns 1.8 % slower than its nominal
 // rate.
 #pragma once
 

@@ -24,11 +24,13 @@ std::string percent(float fraction)
     return format("%.1f %%", double{fraction} * 100.0 + 0.0);
 }
 
-// Three significant digits down to a thousandth of a cycle a second.
-std::string hertz(double cycles)
+// Three significant digits down to a thousandth of a cycle a second. Without a sample rate (a host
+// that never said) there is no second to count in.
+std::string hertz(float increment, uint32_t tableLength, float sampleRate)
 {
-    if (!std::isfinite(cycles))
-        return "?";
+    if (!(sampleRate > 0.0f) || !std::isfinite(sampleRate))
+        return "? Hz";
+    const double cycles = cyclesPerSecond(increment, tableLength, sampleRate);
     if (cycles == 0.0)
         return "0 Hz";
     const int decimals = cycles >= 100.0 ? 0 : cycles >= 10.0 ? 1 : cycles >= 1.0 ? 2 : 3;
@@ -64,12 +66,10 @@ ReadoutText readoutText(int32_t parameter, float value, float rateChoice, float 
         shown = percent(gains.mix);
         break;
     case kTremoloSpeed:
-        shown = hertz(cyclesPerSecond(speeds.tremoloIncrement, sine_tables::kTremoloLength,
-                                      sampleRate));
+        shown = hertz(speeds.tremoloIncrement, sine_tables::kTremoloLength, sampleRate);
         break;
     case kPannerSpeed:
-        shown = hertz(cyclesPerSecond(speeds.pannerIncrement, sine_tables::kPannerLength,
-                                      sampleRate));
+        shown = hertz(speeds.pannerIncrement, sine_tables::kPannerLength, sampleRate);
         break;
     default: {
         // A choice the engine does not know tunes for 44.1 kHz, as 7 does.

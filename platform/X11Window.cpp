@@ -1,9 +1,10 @@
 #include "platform/X11Window.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include <cairo-xcb.h>
+
+#include "platform/DevicePixels.h"
 
 namespace {
 
@@ -132,8 +133,7 @@ X11Window::~X11Window()
 
 Point X11Window::toView(int16_t x, int16_t y) const
 {
-    return {std::floor(static_cast<double>(x) / scale),
-            root.frame().height - std::floor(static_cast<double>(y) / scale)};
+    return pointOfDevicePixel(x, y, scale, root.frame().height);
 }
 
 void X11Window::addToBlit(const DeviceRect& area)

@@ -1,8 +1,7 @@
 // The X11 back end of the view layer: one child window of a host's window, on an xcb connection
 // of its own, showing a view tree at a whole-number scale (device pixels a point). Converts
-// coordinates only here: view x = X11 x / scale, view y = height - X11 y / scale, both divisions
-// rounded down, so that the device pixels of a point at scale 2 are exactly the doubled ones of
-// that point's pixel at scale 1.
+// coordinates only here (see DevicePixels.h): view x = X11 x / scale, view y = height - X11 y /
+// scale.
 //
 // Mouse: button 1 presses, drags and releases (a press carries Shift and whether it completes a
 // double-click), wheel notches (buttons 4 and 5), motion without a button and the pointer leaving
