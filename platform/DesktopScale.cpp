@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 #include <xcb/xcb.h>
 
@@ -64,8 +65,8 @@ std::string rootResources()
     return resources;
 }
 
-} // namespace
-
+// The rule: gdkScale is GDK_SCALE's value (null when unset), resources the text of the
+// RESOURCE_MANAGER property ("Xft.dpi:\t144\n..."), empty when there is none.
 int desktopScaleFrom(const char* gdkScale, std::string_view resources, int largest)
 {
     largest = std::max(largest, 1);
@@ -76,6 +77,8 @@ int desktopScaleFrom(const char* gdkScale, std::string_view resources, int large
         return 1;
     return static_cast<int>(std::clamp(std::floor(dpi / 96.0 + 0.5), 1.0, double(largest)));
 }
+
+} // namespace
 
 int desktopScale(int largest)
 {
