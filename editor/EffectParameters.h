@@ -21,6 +21,9 @@ public:
     void setParameter(int32_t index, float value) override;
     void beginGesture(int32_t index) override;
     void endGesture(int32_t index) override;
+    // As the host set it (effSetSampleRate), and as the host chose the program.
+    float sampleRate() override { return effect->getSampleRate(); }
+    int32_t currentProgram() override { return effect->getProgram(); }
 
     // Whether the environment asks for the silent panel: HVTREMOLO_SILENT_PANEL=1.
     static bool silentPanelRequested();

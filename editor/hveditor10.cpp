@@ -1,23 +1,32 @@
 #include "editor/hveditor10.h"
 
+#include <chrono>
 #include <cstdint>
 
 #include "panel/HalvoUiView10.h"
 #include "panel/PanelLayout.h"
+#include "panel/PictureNames.h"
+#include "platform/DesktopScale.h"
 #include "platform/X11Window.h"
 
 namespace {
 
-constexpr VstInt16 kPanelWidth = panel_layout::kPanelWidth;
-constexpr VstInt16 kPanelHeight = panel_layout::kPanelHeight;
+// The panel's size on screen at scale.
+ERect panelRect(int scale)
+{
+    return {0, 0, static_cast<VstInt16>(panel_layout::kPanelHeight * scale),
+            static_cast<VstInt16>(panel_layout::kPanelWidth * scale)};
+}
 
 } // namespace
 
 hveditor10::hveditor10(AudioEffectX* effect)
-    : AEffGUIEditor(effect), parameters(effect, !EffectParameters::silentPanelRequested())
+    : AEffGUIEditor(effect),
+      parameters(effect, !EffectParameters::silentPanelRequested()),
+      scale(desktopScale(picture_names::kLargestScale))
 {
     // Some hosts size their window from the rectangle before the first open.
-    rect = {0, 0, kPanelHeight, kPanelWidth};
+    rect = panelRect(scale);
 }
 
 hveditor10::~hveditor10() = default;
@@ -31,14 +40,14 @@ bool hveditor10::open(void* parent)
     // after the read arrives through the mailbox.
     mailbox.clear();
     editorOpen = true;
-    panelView = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, &parameters);
+    panelView = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, &parameters, scale);
     panelView->awakeFromNib();
     // Without a parent the panel is shown nowhere and the rectangle stays 100 x 100. On X11 a
     // parent is always a window (some hosts pass their Display* in value, which we ignore).
     if (parent) {
         window = X11Window::create(static_cast<uint32_t>(reinterpret_cast<uintptr_t>(parent)),
-                                   *panelView);
-        rect = {0, 0, kPanelHeight, kPanelWidth};
+                                   *panelView, scale);
+        rect = panelRect(scale);
         // No X server, or no such window: say so rather than leave the host an empty frame.
         if (!window) {
             close();
@@ -62,6 +71,7 @@ void hveditor10::idle()
     if (window)
         window->handleEvents();
     mailbox.take([this](int index, float value) { panelView->updateView(index, value); });
+    panelView->idle(std::chrono::steady_clock::now());
     if (window)
         window->draw();
 }

@@ -2,6 +2,10 @@
 // child window of that; parameter changes from any thread reach the panel through a mailbox
 // that idle empties on the UI thread.
 //
+// It draws at the scale the desktop asks for (platform/DesktopScale.h), read once when the
+// editor is made with its effect, so that the rectangle a host sizes its window from is right
+// from the first question: 253 x 400 times the scale.
+//
 // Threads: open, close and idle run on the host's UI thread (every Linux host uses one thread for
 // all three); setParameter on any thread, the audio thread included.
 #pragma once
@@ -18,7 +22,8 @@ class X11Window;
 
 class hveditor10 : public AEffGUIEditor {
 public:
-    // Reads HVTREMOLO_SILENT_PANEL here, once: whether panel edits are told to the host.
+    // Reads HVTREMOLO_SILENT_PANEL here, once: whether panel edits are told to the host; and the
+    // desktop's scale.
     explicit hveditor10(AudioEffectX* effect);
     ~hveditor10() override;
 
@@ -33,6 +38,7 @@ public:
 private:
     // What the panel reads and writes, and how the host hears of it.
     EffectParameters parameters;
+    const int scale;
     std::atomic<bool> editorOpen{false};
     ParameterMailbox mailbox;
     // UI thread only. The window goes before the panel it shows.

@@ -1,5 +1,6 @@
 #include "panel/ControlPoint10.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "common/truncate.h"
@@ -23,6 +24,7 @@ ControlPoint10::ControlPoint10(const Rect& frame, int32_t insets, int32_t contro
 
 void ControlPoint10::setIntValue(int32_t v)
 {
+    _fineValue.reset();
     _value = v;
     _currentDraggedAngle = knob::angleForStep(v, count());
     _currentAngle = knob::dragStartForStep(v, count());
@@ -30,23 +32,56 @@ void ControlPoint10::setIntValue(int32_t v)
     setNeedsDisplay();
 }
 
+void ControlPoint10::setFineValue(float value)
+{
+    setIntValue(knob::stepForValue(value));
+    _fineValue = value;
+}
+
 void ControlPoint10::mouseDown(const MouseEvent& event)
 {
     _mouseDownPosition = truncateToInt32(event.location.y);
-    if (_delegate)
-        _delegate->knobPressed(superview());
+    _press = event.clickCount >= 2 ? Press::Reset : event.shift ? Press::Fine : Press::Plain;
+    if (!_delegate)
+        return;
+    _delegate->knobPressed(superview());
+    if (_press == Press::Reset)
+        _delegate->knobDoubleClicked(superview());
 }
 
 void ControlPoint10::mouseDragged(const MouseEvent& event)
 {
-    updateWithYcoord(event);
+    switch (_press) {
+    case Press::Plain:
+        updateWithYcoord(event);
+        break;
+    case Press::Fine: {
+        // In 64 bits: a pointer far outside the window must not overflow.
+        const int64_t rise = int64_t{truncateToInt32(event.location.y)} - _mouseDownPosition;
+        if (_delegate)
+            _delegate->knobFineDragged(
+                superview(), static_cast<int32_t>(std::clamp<int64_t>(rise, INT32_MIN, INT32_MAX)));
+        break;
+    }
+    case Press::Reset: // the rest of a double-click's press does nothing
+        break;
+    }
 }
 
 void ControlPoint10::mouseUp(const MouseEvent&)
 {
-    _currentAngle = truncateToInt32(_currentDraggedAngle);
+    // Our gestures leave the drag start where the value they wrote put it.
+    if (_press == Press::Plain)
+        _currentAngle = truncateToInt32(_currentDraggedAngle);
+    _press = Press::Plain;
     if (_delegate)
         _delegate->knobReleased(superview());
+}
+
+void ControlPoint10::scrollWheel(const ScrollEvent& event)
+{
+    if (_delegate)
+        _delegate->knobScrolled(superview(), event.notches, event.shift);
 }
 
 void ControlPoint10::updateWithYcoord(const MouseEvent& event)
@@ -58,6 +93,7 @@ void ControlPoint10::updateWithYcoord(const MouseEvent& event)
     _value = step;
     if (step == _previousValue)
         return;
+    _fineValue.reset();
     _previousValue = step;
     if (_delegate) {
         std::optional<int32_t> entry;

@@ -1,9 +1,14 @@
 // The knob's transparent overlay: holds the knob's step and turns vertical drags into steps, which
 // it reports to its delegate. Values from the effect arrive through setIntValue, which reports
 // nothing. Drawing repeats the knob's picture.
+//
+// Our own gestures go to the delegate instead of the step arithmetic: a press with Shift held
+// drags finely (knobFineDragged), the second press of a double-click resets (knobDoubleClicked),
+// the wheel turns (knobScrolled). What they write is shown with setFineValue.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -21,10 +26,15 @@ public:
     // next drag continues from what is shown.
     void setIntValue(int32_t v);
     int32_t ReturnValue() const { return _value; }
+    // Shows value, finer than a step: the step is the one a value from the effect would give, the
+    // picture the frame nearest to value. Anything that sets a step goes back to step pictures.
+    void setFineValue(float value);
+    std::optional<float> fineValue() const { return _fineValue; }
 
     void mouseDown(const MouseEvent& event) override;
     void mouseDragged(const MouseEvent& event) override;
     void mouseUp(const MouseEvent& event) override;
+    void scrollWheel(const ScrollEvent& event) override;
     void updateWithYcoord(const MouseEvent& event);
     void drawRect(cairo_t* cr, const Rect& rect) override;
 
@@ -51,6 +61,9 @@ public:
     void setDelegate(FlatKnobProtocol* delegate) { _delegate = delegate; }
 
 private:
+    // What the press under way does with the drag that follows.
+    enum class Press { Plain, Fine, Reset };
+
     int32_t count() const { return static_cast<int32_t>(_data.size()); }
 
     float _currentDraggedAngle = 0.0f;
@@ -62,4 +75,6 @@ private:
     int32_t _controlPointDiameter = 0;
     std::vector<int32_t> _data;
     FlatKnobProtocol* _delegate = nullptr; // the panel controller; not owned
+    Press _press = Press::Plain;
+    std::optional<float> _fineValue;
 };

@@ -1,6 +1,6 @@
-// A rotary knob: shows the filmstrip frame of its overlay's step. Layer-backed, so that the
-// frame's transparent corners let the panel show through. The overlay (ControlPoint10) covers it
-// and takes the mouse.
+// A rotary knob: shows the filmstrip frame of its overlay's step, or of its finer value (see
+// ControlPoint10::setFineValue). Layer-backed, so that the frame's transparent corners let the
+// panel show through. The overlay (ControlPoint10) covers it and takes the mouse.
 #pragma once
 
 #include <cstdint>

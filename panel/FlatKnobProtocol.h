@@ -20,6 +20,13 @@ public:
     // A rate button was pressed; buttonType is the rate choice it stands for.
     virtual void updateGroupButtons(int32_t buttonType) = 0;
 
+    // Our own gestures on a knob (sender), beyond the plain drag. A fine drag's motion (rise:
+    // points the pointer went up since the press) and a double-click come between knobPressed
+    // and knobReleased; a wheel turn by notches (positive up) is a gesture by itself.
+    virtual void knobFineDragged(View* sender, int32_t rise) = 0;
+    virtual void knobDoubleClicked(View* sender) = 0;
+    virtual void knobScrolled(View* sender, int32_t notches, bool fine) = 0;
+
 protected:
     ~FlatKnobProtocol() = default;
 };

@@ -3,8 +3,8 @@
 #include "engine/Parameters.h"
 #include "panel/PanelPictures.h"
 
-HalvoUiView10::HalvoUiView10(const Rect& frame, PanelParameters* effect)
-    : View(frame), _effect(effect)
+HalvoUiView10::HalvoUiView10(const Rect& frame, PanelParameters* effect, int scale)
+    : View(frame), _effect(effect), pictureScale(scale)
 {
 }
 
@@ -19,7 +19,7 @@ HalvoUiView10::~HalvoUiView10()
 
 void HalvoUiView10::awakeFromNib()
 {
-    BackgroundImage = panelPicture("bmp00131");
+    BackgroundImage = panelPicture("bmp00131", pictureScale);
     KnobView = std::make_unique<KnobDelegate10>(this);
 }
 
@@ -51,4 +51,22 @@ void HalvoUiView10::endGesture(int32_t index)
         return;
     openGestures &= ~(1u << index);
     _effect->endGesture(index);
+}
+
+void HalvoUiView10::idle(std::chrono::steady_clock::time_point now)
+{
+    if (KnobView)
+        KnobView->idle(now);
+}
+
+void HalvoUiView10::mouseMoved(const MouseEvent& event)
+{
+    if (KnobView)
+        KnobView->pointerMoved(event.location);
+}
+
+void HalvoUiView10::mouseExited()
+{
+    if (KnobView)
+        KnobView->pointerLeft();
 }

@@ -1,14 +1,18 @@
-// The control panel: a 253 x 400 view whose controller builds and drives every control. The
-// editor makes one per open:
-//     auto panel = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, parameters);
+// The control panel: a 253 x 400 point view whose controller builds and drives every control. An
+// editor makes one per open, for the scale it draws at (1, 2 or 3 device pixels a point; the
+// panel's pictures are drawn for it):
+//     auto panel = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, parameters, scale);
 //     panel->awakeFromNib();
-// then, on the UI thread, passes the plug-in's changes to updateView and draws the panel with
-// Renderer. The panel writes through its PanelParameters (updateParameters); what the host is
-// told of it is the implementation's business.
+//     auto window = X11Window::create(parent, *panel, scale);
+// then, on the UI thread at every idle: window->handleEvents(), the plug-in's changes to
+// updateView, panel->idle(std::chrono::steady_clock::now()), window->draw(). The panel writes
+// through its PanelParameters (updateParameters); what the host is told of it is the
+// implementation's business.
 //
 // Threads: the UI thread only.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -23,8 +27,8 @@ public:
     static constexpr Rect kFrame = panel_layout::kPanelFrame;
 
     // Builds nothing yet; awakeFromNib does. effect may be null: the controls then start at 0
-    // and write nowhere.
-    HalvoUiView10(const Rect& frame, PanelParameters* effect);
+    // and write nowhere. scale: what the pictures are drawn for (1 to 3).
+    HalvoUiView10(const Rect& frame, PanelParameters* effect, int scale = 1);
     ~HalvoUiView10() override;
 
     // Builds the controls and reads the effect's current values once. Call exactly once.
@@ -38,6 +42,14 @@ public:
     // however often the controls ask.
     void beginGesture(int32_t index);
     void endGesture(int32_t index);
+
+    // Lets time pass for the value readout (see ReadoutTiming.h).
+    void idle(std::chrono::steady_clock::time_point now);
+    // The pointer over the panel without a button, and leaving its window: for the readout.
+    void mouseMoved(const MouseEvent& event) override;
+    void mouseExited() override;
+
+    int scale() const { return pictureScale; }
 
     PanelParameters* getEffect() const { return _effect; }
     void setEffect(PanelParameters* effect) { _effect = effect; }
@@ -56,5 +68,6 @@ private:
     int32_t _volumeSliderVal = 0;
     int32_t _panningSliderVal = 0;
     PanelParameters* _effect; // borrowed: it outlives its panels
+    int pictureScale;
     uint32_t openGestures = 0; // bit i: a gesture on parameter i is under way
 };

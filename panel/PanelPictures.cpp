@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "panel/EmbeddedPictures.h"
+#include "panel/PictureNames.h"
 
 namespace {
 
@@ -40,8 +41,10 @@ private:
 
 } // namespace
 
-Image panelPicture(std::string_view name)
+Image panelPicture(std::string_view name, int scale)
 {
     static DecodedPictures pictures;
-    return pictures.find(name);
+    if (scale < 1 || scale > picture_names::kLargestScale)
+        return {};
+    return pictures.find(picture_names::scaled(name, scale));
 }

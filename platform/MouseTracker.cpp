@@ -1,10 +1,10 @@
 #include "platform/MouseTracker.h"
 
-View* MouseTracker::press(View& root, Point p)
+View* MouseTracker::press(View& root, Point p, bool shift, int clickCount)
 {
     target = root.hitTest(p);
     if (target)
-        target->mouseDown({target->convertFromRoot(p)});
+        target->mouseDown({target->convertFromRoot(p), shift, clickCount});
     return target;
 }
 
@@ -20,4 +20,20 @@ void MouseTracker::release(Point p)
     target = nullptr;
     if (released)
         released->mouseUp({released->convertFromRoot(p)});
+}
+
+void MouseTracker::move(View& root, Point p)
+{
+    root.mouseMoved({p});
+}
+
+void MouseTracker::leave(View& root)
+{
+    root.mouseExited();
+}
+
+void MouseTracker::scroll(View& root, Point p, int notches, bool shift)
+{
+    if (View* under = root.hitTest(p))
+        under->scrollWheel({under->convertFromRoot(p), notches, shift});
 }

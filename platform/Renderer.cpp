@@ -40,7 +40,7 @@ Rect intersection(const Rect& a, const Rect& b)
 
 } // namespace
 
-DeviceRect Renderer::render(cairo_t* cr, View& root)
+DeviceRect Renderer::render(cairo_t* cr, View& root, int scale)
 {
     const Rect rootBounds = root.bounds();
     Rect area = intersection(takeDirtyArea(root, {-root.frame().x, -root.frame().y}), rootBounds);
@@ -52,20 +52,22 @@ DeviceRect Renderer::render(cairo_t* cr, View& root)
     area = {left, bottom, std::ceil(area.maxX()) - left, std::ceil(area.maxY()) - bottom};
 
     cairo_save(cr);
+    cairo_scale(cr, scale, scale);
     flipToViewCoordinates(cr, rootBounds.height);
     cairo_rectangle(cr, area.x, area.y, area.width, area.height);
     cairo_clip(cr);
-    drawTree(cr, root, area);
+    drawTree(cr, root, area, scale);
     cairo_restore(cr);
 
-    return {static_cast<int>(area.x), static_cast<int>(rootBounds.height - area.maxY()),
-            static_cast<int>(area.width), static_cast<int>(area.height)};
+    return {static_cast<int>(area.x) * scale,
+            static_cast<int>(rootBounds.height - area.maxY()) * scale,
+            static_cast<int>(area.width) * scale, static_cast<int>(area.height) * scale};
 }
 
-DeviceRect Renderer::renderAll(cairo_t* cr, View& root)
+DeviceRect Renderer::renderAll(cairo_t* cr, View& root, int scale)
 {
     root.setNeedsDisplay();
-    return render(cr, root);
+    return render(cr, root, scale);
 }
 
 // Collects the marked views' frames in root coordinates and clears their marks.
@@ -73,9 +75,11 @@ Rect Renderer::takeDirtyArea(View& view, Point origin)
 {
     const Rect frame = {origin.x + view.viewFrame.x, origin.y + view.viewFrame.y,
                         view.viewFrame.width, view.viewFrame.height};
-    Rect area;
+    Rect area = {origin.x + view.vacatedArea.x, origin.y + view.vacatedArea.y,
+                 view.vacatedArea.width, view.vacatedArea.height};
+    view.vacatedArea = {};
     if (view.displayMarked)
-        area = frame;
+        area = area.united(frame);
     view.displayMarked = false;
     for (auto& child : view.children)
         area = area.united(takeDirtyArea(*child, {frame.x, frame.y}));
@@ -83,7 +87,7 @@ Rect Renderer::takeDirtyArea(View& view, Point origin)
 }
 
 // Draws view and its subtree; area is the part being redrawn, in the view's coordinates.
-void Renderer::drawTree(cairo_t* cr, View& view, const Rect& area)
+void Renderer::drawTree(cairo_t* cr, View& view, const Rect& area, int scale)
 {
     const Rect bounds = view.bounds();
     cairo_save(cr);
@@ -94,33 +98,38 @@ void Renderer::drawTree(cairo_t* cr, View& view, const Rect& area)
         const Rect& f = child->viewFrame;
         const Rect childArea = intersection({area.x - f.x, area.y - f.y, area.width, area.height},
                                             child->bounds());
-        if (childArea.isEmpty())
+        if (childArea.isEmpty() || child->hidden)
             continue;
         cairo_save(cr);
         cairo_translate(cr, f.x, f.y);
         if (child->layered)
-            drawLayer(cr, *child);
+            drawLayer(cr, *child, scale);
         else
-            drawTree(cr, *child, childArea);
+            drawTree(cr, *child, childArea, scale);
         cairo_restore(cr);
     }
     cairo_restore(cr);
 }
 
-// The layer is drawn whole (it is small) and blended over what lies beneath it.
-void Renderer::drawLayer(cairo_t* cr, View& view)
+// The layer is drawn whole (it is small) and blended over what lies beneath it. It has scale
+// pixels a point; its device scale lets both its drawing and its blending work in points.
+void Renderer::drawLayer(cairo_t* cr, View& view, int scale)
 {
     const int width = static_cast<int>(std::ceil(view.viewFrame.width));
     const int height = static_cast<int>(std::ceil(view.viewFrame.height));
     if (width <= 0 || height <= 0)
         return;
-    if (view.layerSurface && (cairo_image_surface_get_width(view.layerSurface) != width ||
-                              cairo_image_surface_get_height(view.layerSurface) != height)) {
+    if (view.layerSurface &&
+        (cairo_image_surface_get_width(view.layerSurface) != width * scale ||
+         cairo_image_surface_get_height(view.layerSurface) != height * scale)) {
         cairo_surface_destroy(view.layerSurface);
         view.layerSurface = nullptr;
     }
-    if (!view.layerSurface)
-        view.layerSurface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
+    if (!view.layerSurface) {
+        view.layerSurface =
+            cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width * scale, height * scale);
+        cairo_surface_set_device_scale(view.layerSurface, scale, scale);
+    }
 
     cairo_t* layer = cairo_create(view.layerSurface);
     cairo_set_operator(layer, CAIRO_OPERATOR_CLEAR);
@@ -134,7 +143,7 @@ void Renderer::drawLayer(cairo_t* cr, View& view)
         cairo_fill(layer);
     }
     cairo_set_operator(layer, CAIRO_OPERATOR_OVER);
-    drawTree(layer, view, view.bounds());
+    drawTree(layer, view, view.bounds(), scale);
     cairo_destroy(layer);
 
     cairo_save(cr);

@@ -10,8 +10,16 @@ View::~View()
 
 void View::setFrame(const Rect& frame)
 {
+    vacatedArea = vacatedArea.united(viewFrame);
     viewFrame = frame;
     displayMarked = true;
+}
+
+void View::setHidden(bool flag)
+{
+    if (hidden != flag)
+        displayMarked = true;
+    hidden = flag;
 }
 
 void View::insertSubview(std::unique_ptr<View> view, size_t position)
@@ -34,7 +42,7 @@ bool View::needsDisplayAnywhere() const
 
 View* View::hitTest(Point p)
 {
-    if (!bounds().contains(p))
+    if (hidden || !takesMouse() || !bounds().contains(p))
         return nullptr;
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
         const Rect& f = (*child)->frame();
@@ -70,3 +78,9 @@ void View::mouseDown(const MouseEvent&) {}
 void View::mouseDragged(const MouseEvent&) {}
 
 void View::mouseUp(const MouseEvent&) {}
+
+void View::scrollWheel(const ScrollEvent&) {}
+
+void View::mouseMoved(const MouseEvent&) {}
+
+void View::mouseExited() {}

@@ -8,8 +8,10 @@
 //
 // Order: subviews are drawn back to front (the first added is at the back) and hit-tested front to
 // back. A press goes to the frontmost view under the pointer; that view gets mouseDown, then
-// mouseDragged for every motion and mouseUp on release, also when the pointer has left it. Every
-// event carries the pointer in the receiving view's own coordinates.
+// mouseDragged for every motion and mouseUp on release, also when the pointer has left it. A
+// wheel notch goes to the frontmost view under the pointer. Pointer motion without a button, and
+// the pointer leaving the window, go to the root view alone, which decides what lies under the
+// pointer. Every event carries the pointer in the receiving view's own coordinates.
 //
 // Redisplay: setNeedsDisplay only marks. The renderer's next pass draws what is marked, and a mark
 // made while drawing is left for the pass after, so drawing never recurses.
@@ -27,6 +29,15 @@
 
 struct MouseEvent {
     Point location; // in the receiving view's coordinates
+    bool shift = false;
+    // 2 for the second press of a double-click, 1 for any other press and for other events.
+    int clickCount = 1;
+};
+
+struct ScrollEvent {
+    Point location; // in the receiving view's coordinates
+    int notches = 0; // wheel notches, positive away from the user (up)
+    bool shift = false;
 };
 
 class View {
@@ -38,6 +49,7 @@ public:
     View& operator=(const View&) = delete;
 
     const Rect& frame() const { return viewFrame; }
+    // Marks both the old and the new frame's area, so that nothing is left where the view was.
     void setFrame(const Rect& frame);
     Rect bounds() const { return {0.0, 0.0, viewFrame.width, viewFrame.height}; }
 
@@ -66,6 +78,14 @@ public:
     bool needsDisplay() const { return displayMarked; }
     bool needsDisplayAnywhere() const;
 
+    // A hidden view and its subviews are neither drawn nor hit. Hiding or showing marks the
+    // view's area, so the next pass draws what lies beneath it.
+    void setHidden(bool flag);
+    bool isHidden() const { return hidden; }
+    // A view that only shows something (a readout over the controls) lets the mouse through to
+    // what lies beneath it.
+    virtual bool takesMouse() const { return true; }
+
     // A layer-backed view draws itself and its subviews into a picture of its own, cleared to the
     // layer colour (rounded by the corner radius), and that picture is blended over its superview.
     void setWantsLayer(bool flag) { layered = flag; }
@@ -75,8 +95,8 @@ public:
     void setLayerCornerRadius(double radius) { layerRadius = radius; }
     double layerCornerRadius() const { return layerRadius; }
 
-    // The frontmost view under p (in this view's coordinates), this view itself when no subview is
-    // hit, null when p lies outside this view.
+    // The frontmost view under p (in this view's coordinates) that takes the mouse, this view
+    // itself when no subview is hit, null when p lies outside this view.
     View* hitTest(Point p);
 
     Point convertFromRoot(Point p) const;
@@ -89,6 +109,10 @@ public:
     virtual void mouseDown(const MouseEvent& event);
     virtual void mouseDragged(const MouseEvent& event);
     virtual void mouseUp(const MouseEvent& event);
+    virtual void scrollWheel(const ScrollEvent& event);
+    // Root view only (see Order above).
+    virtual void mouseMoved(const MouseEvent& event);
+    virtual void mouseExited();
 
 private:
     friend class Renderer;
@@ -99,6 +123,8 @@ private:
     View* parent = nullptr;
     std::vector<std::unique_ptr<View>> children;
     bool displayMarked = true; // a new view has never been drawn
+    Rect vacatedArea;          // where the view was before a move, in the superview's coordinates
+    bool hidden = false;
     bool layered = false;
     Color layerColor = Color::clear();
     double layerRadius = 0.0;

@@ -4,6 +4,8 @@
 
 #include <cairo-xcb.h>
 
+#include "platform/DevicePixels.h"
+
 namespace {
 
 xcb_screen_t* screenOf(xcb_connection_t* connection, int number)
@@ -57,8 +59,9 @@ DeviceRect unite(const DeviceRect& a, const DeviceRect& b)
 
 } // namespace
 
-std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root)
+std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root, int scale)
 {
+    scale = std::max(scale, 1);
     int screenNumber = 0;
     xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
     if (xcb_connection_has_error(connection)) {
@@ -72,15 +75,15 @@ std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root)
         return nullptr;
     }
 
-    const auto width = static_cast<uint16_t>(root.frame().width);
-    const auto height = static_cast<uint16_t>(root.frame().height);
+    const auto width = static_cast<uint16_t>(root.frame().width * scale);
+    const auto height = static_cast<uint16_t>(root.frame().height * scale);
     const xcb_window_t window = xcb_generate_id(connection);
     // Border pixel and colormap are given so that a parent of another depth is no error.
     const uint32_t mask = XCB_CW_BACK_PIXEL | XCB_CW_BORDER_PIXEL | XCB_CW_EVENT_MASK | XCB_CW_COLORMAP;
     const uint32_t values[] = {screen->black_pixel, 0,
                                XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_BUTTON_PRESS |
-                                   XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_BUTTON_1_MOTION |
-                                   XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+                                   XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION |
+                                   XCB_EVENT_MASK_LEAVE_WINDOW | XCB_EVENT_MASK_STRUCTURE_NOTIFY,
                                screen->default_colormap};
     xcb_void_cookie_t cookie =
         xcb_create_window_checked(connection, screen->root_depth, window, parent, 0, 0, width,
@@ -96,21 +99,22 @@ std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root)
     xcb_flush(connection);
 
     cairo_surface_t* surface = cairo_xcb_surface_create(connection, window, visual, width, height);
-    return std::unique_ptr<X11Window>(new X11Window(connection, window, surface, root));
+    return std::unique_ptr<X11Window>(new X11Window(connection, window, surface, root, scale));
 }
 
 X11Window::X11Window(xcb_connection_t* connection, xcb_window_t window,
-                     cairo_surface_t* windowSurface, View& root)
+                     cairo_surface_t* windowSurface, View& root, int scale)
     : connection(connection),
       window(window),
       windowSurface(windowSurface),
       backBuffer(cairo_image_surface_create(CAIRO_FORMAT_RGB24,
-                                            static_cast<int>(root.frame().width),
-                                            static_cast<int>(root.frame().height))),
-      root(root)
+                                            static_cast<int>(root.frame().width) * scale,
+                                            static_cast<int>(root.frame().height) * scale)),
+      root(root),
+      scale(scale)
 {
     cairo_t* cr = cairo_create(backBuffer);
-    addToBlit(Renderer::renderAll(cr, root));
+    addToBlit(Renderer::renderAll(cr, root, scale));
     cairo_destroy(cr);
 }
 
@@ -129,7 +133,7 @@ X11Window::~X11Window()
 
 Point X11Window::toView(int16_t x, int16_t y) const
 {
-    return {static_cast<double>(x), root.frame().height - static_cast<double>(y)};
+    return pointOfDevicePixel(x, y, scale, root.frame().height);
 }
 
 void X11Window::addToBlit(const DeviceRect& area)
@@ -155,17 +159,30 @@ void X11Window::handle(const xcb_generic_event_t& event)
     }
     case XCB_BUTTON_PRESS: {
         const auto& press = reinterpret_cast<const xcb_button_press_event_t&>(event);
+        const Point p = toView(press.event_x, press.event_y);
+        const bool shift = press.state & XCB_MOD_MASK_SHIFT;
         // The server grabs the pointer for us until release, so the drag follows the pointer
         // outside the window.
         if (press.detail == XCB_BUTTON_INDEX_1)
-            tracker.press(root, toView(press.event_x, press.event_y));
+            tracker.press(root, p, shift, clicks.press(press.time));
+        // A wheel notch is a press and release of button 4 (up) or 5 (down); none during a drag.
+        else if ((press.detail == XCB_BUTTON_INDEX_4 || press.detail == XCB_BUTTON_INDEX_5) &&
+                 !tracker.dragging())
+            MouseTracker::scroll(root, p, press.detail == XCB_BUTTON_INDEX_4 ? 1 : -1, shift);
         break;
     }
     case XCB_MOTION_NOTIFY: {
         const auto& motion = reinterpret_cast<const xcb_motion_notify_event_t&>(event);
-        tracker.drag(toView(motion.event_x, motion.event_y));
+        clicks.moved();
+        if (tracker.dragging())
+            tracker.drag(toView(motion.event_x, motion.event_y));
+        else
+            MouseTracker::move(root, toView(motion.event_x, motion.event_y));
         break;
     }
+    case XCB_LEAVE_NOTIFY:
+        MouseTracker::leave(root);
+        break;
     case XCB_BUTTON_RELEASE: {
         const auto& release = reinterpret_cast<const xcb_button_release_event_t&>(event);
         if (release.detail == XCB_BUTTON_INDEX_1)
@@ -182,7 +199,7 @@ void X11Window::draw()
     if (xcb_connection_has_error(connection))
         return;
     cairo_t* back = cairo_create(backBuffer);
-    addToBlit(Renderer::render(back, root));
+    addToBlit(Renderer::render(back, root, scale));
     cairo_destroy(back);
     if (pendingBlit.isEmpty())
         return;

@@ -1,5 +1,11 @@
 // The X11 back end of the view layer: one child window of a host's window, on an xcb connection
-// of its own, showing a view tree. Converts coordinates only here: view y = height - X11 y.
+// of its own, showing a view tree at a whole-number scale (device pixels a point). Converts
+// coordinates only here (see DevicePixels.h): view x = X11 x / scale, view y = height - X11 y /
+// scale.
+//
+// Mouse: button 1 presses, drags and releases (a press carries Shift and whether it completes a
+// double-click), wheel notches (buttons 4 and 5), motion without a button and the pointer leaving
+// the window, each passed to the view tree as View.h describes.
 //
 // Threads: create, idle and destruction must all run on one thread (the host's UI thread).
 // X errors arrive as events on our own connection and are ignored, so a host that destroys its
@@ -12,15 +18,16 @@
 #include <cairo.h>
 #include <xcb/xcb.h>
 
+#include "platform/ClickCounter.h"
 #include "platform/MouseTracker.h"
 #include "platform/Renderer.h"
 #include "platform/View.h"
 
 class X11Window {
 public:
-    // A child of parent at its top-left corner, the size of root's frame; null when there is no
-    // X server or parent is not a window.
-    static std::unique_ptr<X11Window> create(uint32_t parent, View& root);
+    // A child of parent at its top-left corner, the size of root's frame times scale (at least 1);
+    // null when there is no X server or parent is not a window.
+    static std::unique_ptr<X11Window> create(uint32_t parent, View& root, int scale = 1);
     ~X11Window();
 
     X11Window(const X11Window&) = delete;
@@ -35,7 +42,7 @@ public:
 
 private:
     X11Window(xcb_connection_t* connection, xcb_window_t window, cairo_surface_t* windowSurface,
-              View& root);
+              View& root, int scale);
     void handle(const xcb_generic_event_t& event);
     Point toView(int16_t x, int16_t y) const;
     void addToBlit(const DeviceRect& area);
@@ -45,6 +52,8 @@ private:
     cairo_surface_t* windowSurface;
     cairo_surface_t* backBuffer;
     View& root;
+    int scale;
     MouseTracker tracker;
+    ClickCounter clicks;
     DeviceRect pendingBlit;
 };

@@ -21,17 +21,20 @@ inline uint32_t pixelAt(cairo_surface_t* surface, int x, int y)
                                                                          : argb;
 }
 
-inline Image knobFrame(int frame) { return panelPicture("knob" + std::to_string(frame)); }
+inline Image knobFrame(int frame, int scale = 1)
+{
+    return panelPicture("knob" + std::to_string(frame), scale);
+}
 
 // Whether shown(x, y), the colour of the panel's device pixel (x, y), shows the width x height
-// corner of picture placed at (left, top): its opaque pixels exactly and the background through
-// its transparent ones. Blended edge pixels are not compared, and a picture that is mostly
-// transparent would prove nothing.
+// corner of picture placed at (left, top): its opaque pixels exactly and the background (drawn for
+// the panel's scale) through its transparent ones. Blended edge pixels are not compared, and a
+// picture that is mostly transparent would prove nothing.
 template <typename Shown>
 testing::AssertionResult showsPicture(const Shown& shown, const Image& picture, int left, int top,
-                                      int width, int height)
+                                      int width, int height, int scale = 1)
 {
-    const Image background = panelPicture("tremolobk");
+    const Image background = panelPicture("tremolobk", scale);
     int opaque = 0;
     int wrong = 0;
     for (int y = 0; y < height; ++y) {

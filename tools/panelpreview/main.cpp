@@ -1,7 +1,8 @@
 // Renders the control panel into a PNG without any window system, so that it can be looked at:
-//   hvtremolo-panel [--program N] [--param INDEX=VALUE]... [--scale S] OUT.png
+//   hvtremolo-panel [--program N] [--param INDEX=VALUE]... [--scale 1|2|3] OUT.png
 // The panel is built over a real tremolo effect holding program N (default 0), after the given
-// parameter values have been set, as an editor opening at that moment would show it.
+// parameter values have been set, as an editor opening at that moment would show it, and drawn
+// as the editor draws it at that scale: from the pictures drawn for the scale.
 #include <cairo.h>
 
 #include <cstdio>
@@ -14,6 +15,7 @@
 #include "effect/VstXSynth.h"
 #include "panel/HalvoUiView10.h"
 #include "panel/PanelLayout.h"
+#include "panel/PictureNames.h"
 #include "platform/Renderer.h"
 
 namespace {
@@ -21,7 +23,7 @@ namespace {
 int usage()
 {
     std::fprintf(stderr, "usage: hvtremolo-panel [--program N] [--param INDEX=VALUE]... "
-                         "[--scale S] OUT.png\n");
+                         "[--scale 1|2|3] OUT.png\n");
     return 2;
 }
 
@@ -45,7 +47,7 @@ int main(int argc, char** argv)
 {
     VstXSynth effect(nullptr);
     const char* output = nullptr;
-    double scale = 1.0;
+    int scale = 1;
     for (int i = 1; i < argc; ++i) {
         const bool hasValue = i + 1 < argc;
         if (std::strcmp(argv[i], "--param") == 0 && hasValue) {
@@ -57,9 +59,11 @@ int main(int argc, char** argv)
         } else if (std::strcmp(argv[i], "--program") == 0 && hasValue) {
             effect.setProgram(std::atoi(argv[++i]));
         } else if (std::strcmp(argv[i], "--scale") == 0 && hasValue) {
-            scale = std::atof(argv[++i]);
-            if (!(scale > 0.0 && scale <= 8.0))
+            char* end = nullptr;
+            const long parsed = std::strtol(argv[++i], &end, 10);
+            if (*end != 0 || parsed < 1 || parsed > picture_names::kLargestScale)
                 return usage();
+            scale = static_cast<int>(parsed);
         } else if (!output && argv[i][0] != '-') {
             output = argv[i];
         } else {
@@ -71,28 +75,15 @@ int main(int argc, char** argv)
 
     // A still picture: nothing the panel could write reaches a host.
     EffectParameters parameters(&effect, false);
-    HalvoUiView10 panel(HalvoUiView10::kFrame, &parameters);
+    HalvoUiView10 panel(HalvoUiView10::kFrame, &parameters, scale);
     panel.awakeFromNib();
-    cairo_surface_t* image = cairo_image_surface_create(CAIRO_FORMAT_RGB24, panel_layout::kPanelWidth,
-                                                        panel_layout::kPanelHeight);
+    cairo_surface_t* image = cairo_image_surface_create(
+        CAIRO_FORMAT_RGB24, panel_layout::kPanelWidth * scale, panel_layout::kPanelHeight * scale);
     cairo_t* cr = cairo_create(image);
-    Renderer::renderAll(cr, panel);
+    Renderer::renderAll(cr, panel, scale);
     cairo_destroy(cr);
-
-    cairo_surface_t* result = image;
-    if (scale != 1.0) {
-        result = cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(panel_layout::kPanelWidth * scale),
-                                            static_cast<int>(panel_layout::kPanelHeight * scale));
-        cr = cairo_create(result);
-        cairo_scale(cr, scale, scale);
-        cairo_set_source_surface(cr, image, 0.0, 0.0);
-        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
-        cairo_paint(cr);
-        cairo_destroy(cr);
-        cairo_surface_destroy(image);
-    }
-    const cairo_status_t status = cairo_surface_write_to_png(result, output);
-    cairo_surface_destroy(result);
+    const cairo_status_t status = cairo_surface_write_to_png(image, output);
+    cairo_surface_destroy(image);
     if (status != CAIRO_STATUS_SUCCESS) {
         std::fprintf(stderr, "hvtremolo-panel: cannot write %s: %s\n", output,
                      cairo_status_to_string(status));

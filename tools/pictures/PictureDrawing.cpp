@@ -1,17 +1,19 @@
-// Draws every picture the panel shows and writes them as PNG files into one folder:
-//   hvtremolo-pictures resources/
-// The results are committed, so a build never runs this. Output is deterministic: the brushed
-// metal comes from a fixed pseudo-random sequence.
+// Every picture the panel shows, drawn at a whole-number scale. Output is deterministic: the
+// brushed metal comes from a fixed pseudo-random sequence.
 //
-// Pictures are drawn in y-down image coordinates. The panel's tables give frames with y up from
-// the bottom edge, so a frame (x, y, w, h) of the 400-point panel lies at image row 400 - y - h.
-#include <cairo.h>
+// Pictures are drawn in y-down point coordinates onto a surface of scale pixels a point, so a
+// scale-2 picture is drawn anew with twice the detail, never stretched; at scale 1 the transform
+// is the identity. The panel's tables give frames with y up from the bottom edge, so a frame
+// (x, y, w, h) of the 400-point panel lies at row 400 - y - h.
+#include "tools/pictures/PictureDrawing.h"
 
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
+
+#include "panel/PictureNames.h"
 
 namespace {
 
@@ -67,19 +69,15 @@ cairo_surface_t* finish(cairo_t* cr, cairo_surface_t* surface)
     return nullptr;
 }
 
-bool save(cairo_surface_t* surface, const std::string& folder, const std::string& name)
+// A surface of width x height points at scale pixels a point, and a context that draws in points.
+cairo_t* canvas(cairo_format_t format, double width, double height, int scale,
+                cairo_surface_t*& surface)
 {
-    const std::string path = folder + "/" + name + ".png";
-    if (!surface)
-        return false;
-    const cairo_status_t status = cairo_surface_write_to_png(surface, path.c_str());
-    cairo_surface_destroy(surface);
-    if (status != CAIRO_STATUS_SUCCESS) {
-        std::fprintf(stderr, "hvtremolo-pictures: cannot write %s: %s\n", path.c_str(),
-                     cairo_status_to_string(status));
-        return false;
-    }
-    return true;
+    surface = cairo_image_surface_create(format, static_cast<int>(width) * scale,
+                                         static_cast<int>(height) * scale);
+    cairo_t* cr = cairo_create(surface);
+    cairo_scale(cr, scale, scale);
+    return cr;
 }
 
 void roundedRectangle(cairo_t* cr, double x, double y, double w, double h, double radius)
@@ -298,12 +296,10 @@ void buttonSocket(cairo_t* cr, double cx, double cy)
     cairo_stroke(cr);
 }
 
-cairo_surface_t* drawBackground()
+cairo_surface_t* drawBackground(int scale)
 {
-    cairo_surface_t* surface =
-        cairo_image_surface_create(CAIRO_FORMAT_RGB24, static_cast<int>(kPanelWidth),
-                                   static_cast<int>(kPanelHeight));
-    cairo_t* cr = cairo_create(surface);
+    cairo_surface_t* surface = nullptr;
+    cairo_t* cr = canvas(CAIRO_FORMAT_RGB24, kPanelWidth, kPanelHeight, scale, surface);
     brushedMetal(cr, kPanelWidth, kPanelHeight);
     screw(cr, 9.0, 9.0, 30.0);
     screw(cr, kPanelWidth - 9.0, 9.0, 75.0);
@@ -359,13 +355,12 @@ cairo_surface_t* drawBackground()
 
 // Frame i of the filmstrip: the knob turned i/127 of its travel, from 225 degrees clockwise to
 // -45. The corners stay transparent so the panel shows through.
-cairo_surface_t* drawKnob(int frame)
+cairo_surface_t* drawKnob(int frame, int scale)
 {
     const double degrees = 225.0 - 270.0 * frame / (kKnobFrames - 1);
     const double c = kKnobSize * 0.5;
-    cairo_surface_t* surface = cairo_image_surface_create(
-        CAIRO_FORMAT_ARGB32, static_cast<int>(kKnobSize), static_cast<int>(kKnobSize));
-    cairo_t* cr = cairo_create(surface);
+    cairo_surface_t* surface = nullptr;
+    cairo_t* cr = canvas(CAIRO_FORMAT_ARGB32, kKnobSize, kKnobSize, scale, surface);
 
     // Value ring: a dark track over the whole travel, lit amber up to the pointer. Cairo's angles
     // run clockwise in image space, the negative of the mathematical ones.
@@ -450,12 +445,11 @@ cairo_surface_t* drawKnob(int frame)
 }
 
 // A round rate button: a metal bezel around a lamp that is dark when off and glows when on.
-cairo_surface_t* drawButton(bool on)
+cairo_surface_t* drawButton(bool on, int scale)
 {
     const double c = kButtonSize * 0.5;
-    cairo_surface_t* surface = cairo_image_surface_create(
-        CAIRO_FORMAT_ARGB32, static_cast<int>(kButtonSize), static_cast<int>(kButtonSize));
-    cairo_t* cr = cairo_create(surface);
+    cairo_surface_t* surface = nullptr;
+    cairo_t* cr = canvas(CAIRO_FORMAT_ARGB32, kButtonSize, kButtonSize, scale, surface);
     cairo_pattern_t* bezel = cairo_pattern_create_linear(0.0, 0.0, 0.0, kButtonSize);
     cairo_pattern_add_color_stop_rgb(bezel, 0.0, 0.78, 0.80, 0.83);
     cairo_pattern_add_color_stop_rgb(bezel, 1.0, 0.22, 0.23, 0.25);
@@ -484,11 +478,11 @@ cairo_surface_t* drawButton(bool on)
 }
 
 // The slider's bar: a groove with a printed scale.
-cairo_surface_t* drawSliderBar()
+cairo_surface_t* drawSliderBar(int scale)
 {
     const int width = 160, height = 20;
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
-    cairo_t* cr = cairo_create(surface);
+    cairo_surface_t* surface = nullptr;
+    cairo_t* cr = canvas(CAIRO_FORMAT_ARGB32, width, height, scale, surface);
     for (int tick = 0; tick <= 10; ++tick) {
         const double x = 10.5 + tick * (width - 21.0) / 10.0;
         cairo_move_to(cr, std::round(x) + 0.5, 2.0);
@@ -505,11 +499,11 @@ cairo_surface_t* drawSliderBar()
 }
 
 // The slider's thumb: a small round cap with an amber mark.
-cairo_surface_t* drawSliderThumb()
+cairo_surface_t* drawSliderThumb(int scale)
 {
     const double size = 12.0, c = size * 0.5;
-    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 12, 12);
-    cairo_t* cr = cairo_create(surface);
+    cairo_surface_t* surface = nullptr;
+    cairo_t* cr = canvas(CAIRO_FORMAT_ARGB32, size, size, scale, surface);
     cairo_pattern_t* cap = cairo_pattern_create_linear(0.0, 0.0, 0.0, size);
     cairo_pattern_add_color_stop_rgb(cap, 0.0, 0.62, 0.64, 0.68);
     cairo_pattern_add_color_stop_rgb(cap, 1.0, 0.20, 0.21, 0.23);
@@ -526,19 +520,32 @@ cairo_surface_t* drawSliderThumb()
 
 } // namespace
 
-int main(int argc, char** argv)
+std::vector<std::string> pictureNames()
 {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: hvtremolo-pictures OUTPUT-FOLDER\n");
-        return 2;
-    }
-    const std::string folder = argv[1];
-    bool written = save(drawBackground(), folder, "tremolobk");
+    std::vector<std::string> names = {"tremolobk"};
     for (int frame = 0; frame < kKnobFrames; ++frame)
-        written = save(drawKnob(frame), folder, "knob" + std::to_string(frame)) && written;
-    written = save(drawButton(false), folder, "ringbutton1") && written;
-    written = save(drawButton(true), folder, "ringbutton2") && written;
-    written = save(drawSliderBar(), folder, "bmp00131") && written;
-    written = save(drawSliderThumb(), folder, "bmp00130") && written;
-    return written ? 0 : 1;
+        names.push_back("knob" + std::to_string(frame));
+    names.insert(names.end(), {"ringbutton1", "ringbutton2", "bmp00131", "bmp00130"});
+    return names;
+}
+
+cairo_surface_t* drawPicture(const std::string& name, int scale)
+{
+    if (scale < 1 || scale > picture_names::kLargestScale)
+        return nullptr;
+    if (name == "tremolobk")
+        return drawBackground(scale);
+    if (name == "ringbutton1" || name == "ringbutton2")
+        return drawButton(name == "ringbutton2", scale);
+    if (name == "bmp00131")
+        return drawSliderBar(scale);
+    if (name == "bmp00130")
+        return drawSliderThumb(scale);
+    const std::string prefix = "knob";
+    if (name.rfind(prefix, 0) == 0) {
+        for (int frame = 0; frame < kKnobFrames; ++frame)
+            if (name == prefix + std::to_string(frame))
+                return drawKnob(frame, scale);
+    }
+    return nullptr;
 }

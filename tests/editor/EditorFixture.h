@@ -1,0 +1,239 @@
+// What the editor tests in a real X server share: a private Xvfb, the panel's areas, pixel checks
+// against our pictures, and a fixture holding a host window and an effect whose editor it opens,
+// with xdotool to move the mouse.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "panel/PanelPictures.h"
+#include "tests/harness/TestHost.h"
+#include "tests/panel/PictureCheck.h"
+#include "tools/vsthost/HostWindow.h"
+
+extern char** environ;
+
+namespace editor_test {
+
+constexpr int kWidth = 253;
+constexpr int kHeight = 400;
+
+// Panel areas, origin lower left and y up: the knobs by parameter, the rate buttons by choice.
+struct Area {
+    int x, y, w, h;
+};
+constexpr Area kKnobs[5] = {{48, 202, 48, 48}, {45, 128, 48, 48}, {154, 202, 48, 48},
+                            {156, 128, 48, 48}, {104, 77, 48, 48}};
+constexpr Area kButtons[4] = {
+    {48, 46, 13, 13}, {78, 46, 13, 13}, {160, 46, 13, 13}, {190, 46, 13, 13}};
+constexpr Area kTopStrip = {0, 260, kWidth, 140}; // legends, no control
+
+inline pid_t spawn(const std::vector<std::string>& argv)
+{
+    std::vector<char*> args;
+    for (const std::string& arg : argv)
+        args.push_back(const_cast<char*>(arg.c_str()));
+    args.push_back(nullptr);
+    pid_t pid = -1;
+    return posix_spawnp(&pid, args[0], nullptr, nullptr, args.data(), environ) == 0 ? pid : -1;
+}
+
+// A private Xvfb on a display number it picks itself (-displayfd), so suites can run side by side.
+// Large enough for the panel at scale 2.
+class XServer {
+public:
+    XServer()
+    {
+        int fds[2];
+        if (pipe(fds) != 0)
+            return;
+        pid = spawn({"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0", "1280x1024x24",
+                     "-nolisten", "tcp", "-noreset"});
+        close(fds[1]);
+        std::string display = ":";
+        for (char c; pid > 0 && read(fds[0], &c, 1) == 1 && c != '\n';)
+            display += c;
+        close(fds[0]);
+        running = display.size() > 1;
+        setenv("DISPLAY", display.c_str(), 1);
+    }
+    ~XServer()
+    {
+        if (pid > 0 && kill(pid, SIGTERM) == 0)
+            waitpid(pid, nullptr, 0);
+    }
+
+    bool running = false;
+
+private:
+    pid_t pid = -1;
+};
+
+// Calls serve every period milliseconds, as a host's idle timer does.
+inline void serveFor(int milliseconds, const std::function<void()>& serve, int period = 5)
+{
+    for (int elapsed = 0; elapsed < milliseconds; elapsed += period) {
+        serve();
+        std::this_thread::sleep_for(std::chrono::milliseconds(period));
+    }
+}
+
+// The window's pixels in a device rectangle (y down), or nothing.
+struct WindowPixels {
+    WindowPixels(xcb_connection_t* c, xcb_window_t window, int left, int top, int width, int height)
+        : left(left), top(top), width(width)
+    {
+        reply = xcb_get_image_reply(c,
+                                    xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, window, left, top,
+                                                  width, height, ~0u),
+                                    nullptr);
+        if (reply && xcb_get_image_data_length(reply) < width * height * 4) {
+            free(reply);
+            reply = nullptr;
+        }
+    }
+    ~WindowPixels() { free(reply); }
+    WindowPixels(const WindowPixels&) = delete;
+    WindowPixels& operator=(const WindowPixels&) = delete;
+
+    // The colour of window pixel (x, y), as RGB.
+    uint32_t operator()(int x, int y) const
+    {
+        const auto* data = reinterpret_cast<const uint32_t*>(xcb_get_image_data(reply));
+        return data[(y - top) * width + x - left] & 0xffffff;
+    }
+
+    xcb_get_image_reply_t* reply = nullptr;
+    int left, top, width;
+};
+
+// Whether a window showing the panel at scale shows picture in a panel area (see showsPicture).
+inline testing::AssertionResult shows(xcb_connection_t* c, xcb_window_t window, const Area& a,
+                                      const Image& picture, int scale = 1)
+{
+    const int left = a.x * scale;
+    const int top = (kHeight - a.y - a.h) * scale;
+    const WindowPixels shown(c, window, left, top, a.w * scale, a.h * scale);
+    if (!shown.reply)
+        return testing::AssertionFailure() << "no pixels from the server";
+    return showsPicture(shown, picture, left, top, a.w * scale, a.h * scale, scale);
+}
+
+class EditorInX : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(server.running) << "Xvfb did not start";
+        window = std::make_unique<HostWindow>(40, 30, kWidth, kHeight, "test host");
+        ASSERT_TRUE(window->ok());
+        plugin = test_host::createEffect();
+        ASSERT_TRUE(plugin);
+    }
+
+    static VstIntPtr openIn(const VstPlugin& effect, const HostWindow& parent)
+    {
+        return effect.dispatch(effEditOpen, 0, 0, reinterpret_cast<void*>(uintptr_t{parent.id()}));
+    }
+    void open()
+    {
+        ASSERT_EQ(openIn(*plugin, *window), 1);
+        idleFor(150);
+    }
+    void idleOnce()
+    {
+        window->pump();
+        plugin->dispatch(effEditIdle);
+    }
+    void idleFor(int milliseconds, int period = 10)
+    {
+        serveFor(milliseconds, [this] { idleOnce(); }, period);
+    }
+
+    // The device pixel at the middle of a control, at the editor's scale.
+    std::string deviceX(const Area& control) const
+    {
+        return std::to_string((control.x + control.w / 2) * scale);
+    }
+    int deviceY(const Area& control) const { return (kHeight - control.y - control.h / 2) * scale; }
+
+    // Runs xdotool with args, the windows served meanwhile (xdotool waits for the server, and
+    // the server for the client that holds the pointer), then serves a little longer.
+    void xdotool(std::vector<std::string> args, std::function<void()> serve = {})
+    {
+        if (!serve)
+            serve = [this] { idleOnce(); };
+        args.insert(args.begin(), "xdotool");
+        const pid_t tool = spawn(args);
+        int status = -1;
+        while (tool > 0 && waitpid(tool, &status, WNOHANG) == 0)
+            serveFor(5, serve);
+        ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        serveFor(60, serve);
+    }
+    // xdotool's words that put the pointer on device pixel (x, y) of the window in. With sync
+    // xdotool waits for the pointer to arrive, which it waits for in vain when the pointer is
+    // there already.
+    std::vector<std::string> moveTo(const std::string& x, int y, const HostWindow* in = nullptr,
+                                    bool sync = true)
+    {
+        std::vector<std::string> words = {"mousemove", "--window",
+                                          std::to_string((in ? in : window.get())->id())};
+        if (sync)
+            words.push_back("--sync");
+        words.insert(words.end(), {x, std::to_string(y)});
+        return words;
+    }
+
+    // Presses the middle of a control in the given window, moves up by dy device pixels in two
+    // motions and releases (a click when dy is 0), with serve answering for the windows
+    // meanwhile. Shift held throughout when asked.
+    void drag(const Area& control, int dy, const HostWindow* in = nullptr,
+              std::function<void()> serve = {}, bool shift = false)
+    {
+        const int y = deviceY(control);
+        const std::vector<int> rises = dy == 0 ? std::vector{0} : std::vector{0, dy / 2, dy};
+        std::vector<std::string> args;
+        if (shift)
+            args = {"keydown", "shift"};
+        for (size_t i = 0; i < rises.size(); ++i) {
+            for (std::string& word : moveTo(deviceX(control), y - rises[i], in))
+                args.push_back(word);
+            if (i == 0)
+                args.insert(args.end(), {"mousedown", "1"});
+        }
+        args.insert(args.end(), {"mouseup", "1"});
+        if (shift)
+            args.insert(args.end(), {"keyup", "shift"});
+        xdotool(args, serve);
+    }
+
+    testing::AssertionResult shows(const Area& a, const Image& picture)
+    {
+        return editor_test::shows(window->connection(), window->id(), a, picture, scale);
+    }
+    void expectRateShown(int chosen)
+    {
+        for (int i = 0; i < 4; ++i) {
+            const char* picture = i == chosen ? "ringbutton2" : "ringbutton1";
+            EXPECT_TRUE(shows(kButtons[i], panelPicture(picture, scale))) << "button " << i;
+        }
+    }
+
+    XServer server;
+    std::unique_ptr<HostWindow> window;
+    std::unique_ptr<VstPlugin> plugin;
+    int scale = 1; // the editor's, when a test makes it draw at another
+};
+
+} // namespace editor_test
