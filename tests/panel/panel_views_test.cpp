@@ -50,6 +50,9 @@ struct Reports : FlatKnobProtocol {
     void knobPressed(View*) override {}
     void knobReleased(View*) override {}
     void updateGroupButtons(int32_t) override {}
+    void knobFineDragged(View*, int32_t) override {}
+    void knobDoubleClicked(View*) override {}
+    void knobScrolled(View*, int32_t, bool) override {}
     std::vector<int32_t> indices;
 };
 
