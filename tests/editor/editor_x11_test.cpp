@@ -3,11 +3,6 @@
 // record and the window's pixels read back from the server and compared with our pictures.
 #include <gtest/gtest.h>
 
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -16,12 +11,11 @@
 #include <functional>
 #include <thread>
 
+#include "tests/harness/Processes.h"
 #include "tests/harness/TestHost.h"
 #include "tests/panel/PictureCheck.h"
 #include "tools/vsthost/HostWindow.h"
 #include "panel/PanelPictures.h"
-
-extern char** environ;
 
 namespace {
 
@@ -37,46 +31,6 @@ constexpr Area kKnobs[5] = {{48, 202, 48, 48}, {45, 128, 48, 48}, {154, 202, 48,
 constexpr Area kButtons[4] = {
     {48, 46, 13, 13}, {78, 46, 13, 13}, {160, 46, 13, 13}, {190, 46, 13, 13}};
 constexpr Area kTopStrip = {0, 260, kWidth, 140}; // legends, no control
-
-pid_t spawn(const std::vector<std::string>& argv)
-{
-    std::vector<char*> args;
-    for (const std::string& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    pid_t pid = -1;
-    return posix_spawnp(&pid, args[0], nullptr, nullptr, args.data(), environ) == 0 ? pid : -1;
-}
-
-// A private Xvfb on a display number it picks itself (-displayfd), so suites can run side by side.
-class XServer {
-public:
-    XServer()
-    {
-        int fds[2];
-        if (pipe(fds) != 0)
-            return;
-        pid = spawn({"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0", "800x600x24",
-                     "-nolisten", "tcp", "-noreset"});
-        close(fds[1]);
-        std::string display = ":";
-        for (char c; pid > 0 && read(fds[0], &c, 1) == 1 && c != '\n';)
-            display += c;
-        close(fds[0]);
-        running = display.size() > 1;
-        setenv("DISPLAY", display.c_str(), 1);
-    }
-    ~XServer()
-    {
-        if (pid > 0 && kill(pid, SIGTERM) == 0)
-            waitpid(pid, nullptr, 0);
-    }
-
-    bool running = false;
-
-private:
-    pid_t pid = -1;
-};
 
 // Calls serve every period milliseconds, as a host's idle timer does.
 void serveFor(int milliseconds, const std::function<void()>& serve, int period = 5)
