@@ -92,6 +92,19 @@ TEST(Lv2Tools, SerdiAndLv2validateAcceptTheBundleAndLv2lsAndLv2infoShowIt)
         EXPECT_NE(info.out.find(text), npos) << text << "\n" << info.out;
 }
 
+TEST(Lv2Tools, CmakeInstallPutsTheBundleWhereHostsLookUnderThePrefix)
+{
+    const Scratch prefix;
+    const Ran installed = shell(quote(HVT_CMAKE) + " --install " + quote(HVT_BUILD_DIR) +
+                                " --prefix " + quote(prefix.dir));
+    ASSERT_EQ(installed.status, 0) << installed.err;
+    for (const char* file : {"manifest.ttl", "HvTremolo.ttl", "presets.ttl", "HvTremolo_dsp.so",
+                             "HvTremolo_ui.so"})
+        EXPECT_TRUE(std::filesystem::exists(prefix / "lib/lv2/HvTremolo.lv2/" + file)) << file;
+    EXPECT_EQ(shell("LV2_PATH=" + quote(prefix / "lib/lv2") + " lv2ls").out,
+              "urn:halvo:hvtremolo\n");
+}
+
 TEST(Lv2Tools, EachBinaryExportsItsDescriptorAloneAndTheDspNeedsNoWindowSystem)
 {
     for (const auto& [binary, entry] : {std::pair{"HvTremolo_dsp.so", "lv2_descriptor\n"},
