@@ -27,14 +27,14 @@ constexpr const char* kPrefixes =
     "@prefix rdfs: <http://www.w3.org/2000/01/rdf-schema#> .\n"
     "@prefix ui: <http://lv2plug.in/ns/extensions/ui#> .\n\n";
 
-bool exact = true; // cleared by a number that would not read back as itself
-
 std::string number(float value)
 {
     char text[32];
     std::snprintf(text, sizeof text, "%.9g", static_cast<double>(value));
-    if (std::strtof(text, nullptr) != value)
-        exact = false;
+    if (std::strtof(text, nullptr) != value) { // no bundle rather than one that sets other values
+        std::fprintf(stderr, "hvtremolo-lv2-ttl: %s does not read back exactly\n", text);
+        std::exit(1);
+    }
     std::string result = text;
     // A Turtle number with neither '.' nor exponent is an integer; keep them all decimals.
     if (result.find_first_of(".e") == std::string::npos)
@@ -211,10 +211,6 @@ int main(int argc, char** argv)
         {"HvTremolo.ttl", plugin(argv[2], argv[3])},
         {"presets.ttl", presets()},
     };
-    if (!exact) {
-        std::fprintf(stderr, "hvtremolo-lv2-ttl: a value does not read back exactly\n");
-        return 1;
-    }
     for (const auto& [name, text] : files) {
         if (!write(dir + "/" + name, text)) {
             std::fprintf(stderr, "hvtremolo-lv2-ttl: cannot write %s/%s\n", dir.c_str(),
