@@ -26,7 +26,7 @@ inline pid_t spawn(const std::vector<std::string>& argv)
     return posix_spawnp(&pid, args[0], nullptr, nullptr, args.data(), environ) == 0 ? pid : -1;
 }
 
-// A child that is asked to end (SIGTERM) when this goes, and killed if it has not within two
+// A child that is asked to end (SIGTERM) when this goes, and killed if it has not within five
 // seconds.
 class ChildProcess {
 public:
@@ -57,7 +57,7 @@ public:
         if (!running())
             return;
         kill(pid, SIGTERM);
-        for (int i = 0; i < 200 && running(); ++i)
+        for (int i = 0; i < 500 && running(); ++i)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         if (running()) {
             kill(pid, SIGKILL);
