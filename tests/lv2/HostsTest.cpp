@@ -77,12 +77,11 @@ TEST(Lv2Tools, SerdiAndLv2validateAcceptTheBundleAndLv2lsAndLv2infoShowIt)
     const Ran info = shell("LV2_PATH=" + quote(std::string(HVT_LV2_DIR) + ":/usr/lib/lv2") +
                            " lv2info urn:halvo:hvtremolo");
     ASSERT_EQ(info.status, 0) << info.err;
+    // The details of each port are our lilv host's to check (LilvHostTest.cpp).
     std::vector<std::string> expected = {
         "Name:              HvTremolo", "Class:             Modulator Plugin",
-        "Author:            Halvo Music", "urn:halvo:hvtremolo#ui",
-        "Class:  http://lv2plug.in/ns/extensions/ui#X11UI", kBundle + "/HvTremolo_ui.so",
-        kBundle + "/HvTremolo_dsp.so", "lv2core#hardRTCapable", "0 = \"Session rate\"",
-        "7 = \"44.1 kHz\"", "10 = \"96 kHz\""};
+        "urn:halvo:hvtremolo#ui", "Class:  http://lv2plug.in/ns/extensions/ui#X11UI",
+        kBundle + "/HvTremolo_ui.so", kBundle + "/HvTremolo_dsp.so"};
     for (const char* symbol : {"in_l", "in_r", "out_l", "out_r", "tremolo_depth", "tremolo_speed",
                                "stereo_panner", "panner_speed", "mix", "sample_rate", "tuning"})
         expected.push_back(std::string("Symbol:      ") + symbol + "\n");
