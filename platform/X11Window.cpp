@@ -17,17 +17,30 @@ xcb_screen_t* screenOf(xcb_connection_t* connection, int number)
     return nullptr;
 }
 
-xcb_visualtype_t* visualOf(xcb_screen_t* screen)
+xcb_visualtype_t* visualOf(xcb_screen_t* screen, xcb_visualid_t id)
 {
     for (auto depths = xcb_screen_allowed_depths_iterator(screen); depths.rem;
          xcb_depth_next(&depths)) {
         for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem;
              xcb_visualtype_next(&visuals)) {
-            if (visuals.data->visual_id == screen->root_visual)
+            if (visuals.data->visual_id == id)
                 return visuals.data;
         }
     }
     return nullptr;
+}
+
+// Our own connection to the default display, and its screen; null when there is no X server.
+xcb_connection_t* connectToScreen(xcb_screen_t*& screen)
+{
+    int screenNumber = 0;
+    xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
+    screen = xcb_connection_has_error(connection) ? nullptr : screenOf(connection, screenNumber);
+    if (!screen) {
+        xcb_disconnect(connection);
+        return nullptr;
+    }
+    return connection;
 }
 
 // Hosts size their window from the editor rectangle; the hints tell window managers of hosts
@@ -61,20 +74,60 @@ DeviceRect unite(const DeviceRect& a, const DeviceRect& b)
 
 std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root, int scale)
 {
-    scale = std::max(scale, 1);
-    int screenNumber = 0;
-    xcb_connection_t* connection = xcb_connect(nullptr, &screenNumber);
-    if (xcb_connection_has_error(connection)) {
-        xcb_disconnect(connection);
+    xcb_screen_t* screen = nullptr;
+    xcb_connection_t* connection = connectToScreen(screen);
+    if (!connection)
         return nullptr;
-    }
-    xcb_screen_t* screen = screenOf(connection, screenNumber);
-    xcb_visualtype_t* visual = screen ? visualOf(screen) : nullptr;
+    xcb_visualtype_t* visual = visualOf(screen, screen->root_visual);
     if (!visual) {
         xcb_disconnect(connection);
         return nullptr;
     }
+    std::unique_ptr<X11Window> window = createChild(
+        connection, screen, parent, {screen->root_depth, visual, screen->default_colormap}, root,
+        scale);
+    if (window)
+        xcb_flush(connection);
+    return window;
+}
 
+std::unique_ptr<X11Window> X11Window::createLikeParent(uint32_t parent, View& root, int scale)
+{
+    xcb_screen_t* screen = nullptr;
+    xcb_connection_t* connection = connectToScreen(screen);
+    if (!connection)
+        return nullptr;
+    auto* attributes = xcb_get_window_attributes_reply(
+        connection, xcb_get_window_attributes(connection, parent), nullptr);
+    auto* geometry = xcb_get_geometry_reply(connection, xcb_get_geometry(connection, parent), nullptr);
+    xcb_visualtype_t* visual = attributes ? visualOf(screen, attributes->visual) : nullptr;
+    const uint8_t depth = geometry ? geometry->depth : 0;
+    free(attributes);
+    free(geometry);
+    if (!visual || depth == 0) {
+        xcb_disconnect(connection);
+        return nullptr;
+    }
+    xcb_colormap_t colormap = screen->default_colormap;
+    if (visual->visual_id != screen->root_visual) {
+        // Freed with the connection, like everything else we create.
+        colormap = xcb_generate_id(connection);
+        xcb_create_colormap(connection, XCB_COLORMAP_ALLOC_NONE, colormap, parent,
+                            visual->visual_id);
+    }
+    std::unique_ptr<X11Window> window =
+        createChild(connection, screen, parent, {depth, visual, colormap}, root, scale);
+    // A round trip: when the reply is here, the server has made and mapped the window.
+    if (window)
+        free(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window->id()), nullptr));
+    return window;
+}
+
+std::unique_ptr<X11Window> X11Window::createChild(xcb_connection_t* connection,
+                                                  xcb_screen_t* screen, uint32_t parent,
+                                                  const Look& look, View& root, int scale)
+{
+    scale = std::max(scale, 1);
     const auto width = static_cast<uint16_t>(root.frame().width * scale);
     const auto height = static_cast<uint16_t>(root.frame().height * scale);
     const xcb_window_t window = xcb_generate_id(connection);
@@ -84,11 +137,11 @@ std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root, int sc
                                XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_BUTTON_PRESS |
                                    XCB_EVENT_MASK_BUTTON_RELEASE | XCB_EVENT_MASK_POINTER_MOTION |
                                    XCB_EVENT_MASK_LEAVE_WINDOW | XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                               screen->default_colormap};
+                               look.colormap};
     xcb_void_cookie_t cookie =
-        xcb_create_window_checked(connection, screen->root_depth, window, parent, 0, 0, width,
-                                  height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, screen->root_visual,
-                                  mask, values);
+        xcb_create_window_checked(connection, look.depth, window, parent, 0, 0, width, height, 0,
+                                  XCB_WINDOW_CLASS_INPUT_OUTPUT, look.visual->visual_id, mask,
+                                  values);
     if (xcb_generic_error_t* error = xcb_request_check(connection, cookie)) {
         free(error);
         xcb_disconnect(connection);
@@ -96,9 +149,9 @@ std::unique_ptr<X11Window> X11Window::create(uint32_t parent, View& root, int sc
     }
     setFixedSize(connection, window, width, height);
     xcb_map_window(connection, window);
-    xcb_flush(connection);
 
-    cairo_surface_t* surface = cairo_xcb_surface_create(connection, window, visual, width, height);
+    cairo_surface_t* surface =
+        cairo_xcb_surface_create(connection, window, look.visual, width, height);
     return std::unique_ptr<X11Window>(new X11Window(connection, window, surface, root, scale));
 }
 

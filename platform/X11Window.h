@@ -28,6 +28,10 @@ public:
     // A child of parent at its top-left corner, the size of root's frame times scale (at least 1);
     // null when there is no X server or parent is not a window.
     static std::unique_ptr<X11Window> create(uint32_t parent, View& root, int scale = 1);
+    // The same, with the parent's depth and visual instead of the root window's (a parent of
+    // another visual refuses a child of the root's: GTK hosts' sockets), and known to the server
+    // when this returns, so that a host may use its id on another connection at once.
+    static std::unique_ptr<X11Window> createLikeParent(uint32_t parent, View& root, int scale = 1);
     ~X11Window();
 
     X11Window(const X11Window&) = delete;
@@ -41,6 +45,16 @@ public:
     xcb_window_t id() const { return window; }
 
 private:
+    struct Look {
+        uint8_t depth;
+        xcb_visualtype_t* visual;
+        xcb_colormap_t colormap;
+    };
+    // A mapped child of parent with that look on connection, which it takes over; null (and
+    // the connection closed) when the server refuses it.
+    static std::unique_ptr<X11Window> createChild(xcb_connection_t* connection, xcb_screen_t* screen,
+                                                  uint32_t parent, const Look& look, View& root,
+                                                  int scale);
     X11Window(xcb_connection_t* connection, xcb_window_t window, cairo_surface_t* windowSurface,
               View& root, int scale);
     void handle(const xcb_generic_event_t& event);

@@ -28,6 +28,8 @@
 #include <thread>
 #include <vector>
 
+#include <lv2/core/lv2.h>
+
 #include "tools/vsthost/VstPlugin.h"
 
 namespace {
@@ -199,4 +201,52 @@ TEST(AudioPathGuard, processingAndParameterChangesNeitherAllocateNorLockNorCallT
         EXPECT_NE(outL, inL) << "the effect did not process anything";
     }
     plugin->dispatch(effEditClose);
+}
+
+// The LV2 plug-in's run and connect_port, both of the audio threading class, loaded as an LV2
+// host loads it: the binary's descriptor, no lilv.
+TEST(AudioPathGuard, theLv2PluginsRunNeitherAllocatesNorLocksNorCallsTheKernel)
+{
+    void* binary = dlopen(HVT_LV2_DSP_PATH, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_TRUE(binary) << dlerror();
+    const auto entry = reinterpret_cast<const LV2_Descriptor* (*)(uint32_t)>(
+        dlsym(binary, "lv2_descriptor"));
+    ASSERT_TRUE(entry);
+    const LV2_Descriptor* descriptor = entry(0);
+    LV2_Handle plugin = descriptor->instantiate(descriptor, 48000.0, "", nullptr);
+    ASSERT_TRUE(plugin);
+    descriptor->activate(plugin);
+    constexpr float kValues[] = {0.0f, 0.25f, 1.0f, -1.0f, 7.0f, 8.0f, 9.0f, 10.0f, 1e30f,
+                                 std::numeric_limits<float>::quiet_NaN(),
+                                 -std::numeric_limits<float>::infinity()};
+    std::vector<float> inL(8192), inR(8192), outL(8192), outR(8192);
+    for (size_t i = 0; i < inL.size(); ++i)
+        inR[i] = -(inL[i] = std::sin(0.01f * static_cast<float>(i)));
+    float controls[7] = {};
+    std::array<int, 4> counts{};
+    ASSERT_TRUE(runGuarded([&] {
+        size_t next = 0;
+        for (const int frames : {1, 3, 31, 64, 100, 512, 1000, 4096, 8192}) {
+            for (uint32_t port = 0; port < 11; ++port)
+                descriptor->connect_port(plugin, port, port < 4 ? nullptr : &controls[port - 4]);
+            for (float& control : controls)
+                control = kValues[next++ % std::size(kValues)];
+            descriptor->run(plugin, static_cast<uint32_t>(frames));
+            for (int parameter = 0; parameter < 5; ++parameter)
+                controls[parameter] = 0.3f + 0.1f * static_cast<float>(parameter);
+            controls[5] = static_cast<float>(frames % 11);
+            float* buffers[2][4] = {{inL.data(), inR.data(), outL.data(), outR.data()},
+                                    {outL.data(), outR.data(), outL.data(), outR.data()}};
+            for (float* const(&ports)[4] : buffers) {
+                for (uint32_t port = 0; port < 4; ++port)
+                    descriptor->connect_port(plugin, port, ports[port]);
+                descriptor->run(plugin, static_cast<uint32_t>(frames));
+            }
+        }
+        counts = takeCounts();
+    })) << "the kernel refused the seccomp filter";
+    EXPECT_EQ(counts, (std::array{0, 0, 0, counts[kLastSystemCall]}));
+    EXPECT_NE(outL, inL) << "the plug-in did not process anything";
+    descriptor->cleanup(plugin);
+    dlclose(binary);
 }

@@ -3,9 +3,7 @@
 // session whose export must equal hvtremolo-render's bit for bit.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <iostream>
-
+#include "tests/realhost/RunArdour.h"
 #include "tests/render/Support.h"
 
 namespace {
@@ -55,24 +53,6 @@ TEST(RealHostScan, ArdourQtractorAndMuseSeeTheModule)
         for (const std::string& text : expected)
             EXPECT_NE(scan.out.find(text), npos) << text << "\n" << scan.out;
     }
-}
-
-// Ardour 7.3's Lua session corrupts its own heap now and then and dies on SIGABRT or SIGSEGV,
-// about one run in three here, also in a session without any plug-in, and valgrind shows no
-// invalid access by Ardour or by us. Such a run is made again from scratch, a few times; any other
-// failure counts at once.
-Ran runArdour(const std::string& command, const std::vector<std::string>& outputs)
-{
-    Ran ran;
-    for (int attempt = 1; attempt <= 6; ++attempt) {
-        for (const std::string& output : outputs)
-            std::filesystem::remove_all(output);
-        ran = shell(command);
-        if (ran.status != 128 + SIGABRT && ran.status != 128 + SIGSEGV)
-            break;
-        std::cout << "Ardour crashed (status " << ran.status << "), attempt " << attempt << "\n";
-    }
-    return ran;
 }
 
 TEST(ArdourSession, ExportEqualsOurHostBitForBitAndTheSavedSessionSoundsTheSame)

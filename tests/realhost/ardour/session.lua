@@ -5,6 +5,7 @@
 -- Ardour runs plug-ins all the time, stopped and in an export's pre-roll too, so both speeds are
 -- automated to 0 (a stage with speed 0 does not advance) up to the signal's first sample and step
 -- to their values there: the oscillators meet the signal at a fresh instance's phase.
+-- With HVT_LV2_URI set, the LV2 plug-in of that URI (found on LV2_PATH) takes the module's place.
 
 local session_dir, export_dir, length = arg[1], arg[2], tonumber(arg[3])
 local start = 22050 -- the test signal's first sample: one beat at a new session's 120 bpm
@@ -34,8 +35,12 @@ track:panner_shell():set_bypassed(true)
 local signal = ARDOUR.LuaAPI.new_luaproc(s, "HvTremolo Test Signal")
 assert(not signal:isnil(), "no test signal script")
 track:add_processor_by_index(signal, 0, nil, true)
-local fx = ARDOUR.LuaAPI.new_plugin(s, "1213617208", ARDOUR.PluginType.LXVST, "")
+local lv2_uri = os.getenv("HVT_LV2_URI")
+local fx = lv2_uri and ARDOUR.LuaAPI.new_plugin(s, lv2_uri, ARDOUR.PluginType.LV2, "")
+	or ARDOUR.LuaAPI.new_plugin(s, "1213617208", ARDOUR.PluginType.LXVST, "")
 assert(not fx:isnil(), "Ardour cannot load HvTremolo")
+-- Automation names an LV2 control by its port; the plug-in's first control is port 4.
+local first_control_port = lv2_uri and 4 or 0
 -- Inactive until its settings are complete.
 track:add_processor_by_index(fx, 1, nil, false)
 
@@ -49,7 +54,7 @@ for _, i in ipairs({ 1, 3 }) do
 	control_list:add(Temporal.timepos_t(0), 0, false, false)
 	control_list:add(Temporal.timepos_t(start), tonumber(arg[i + 4]), false, false)
 	fx:to_automatable():automation_control(
-		Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, i), false)
+		Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, i + first_control_port), false)
 		:set_automation_state(ARDOUR.AutoState.Play)
 end
 fx:activate()
