@@ -3,28 +3,11 @@
 // session whose export must equal hvtremolo-render's bit for bit.
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <iostream>
-
-#include "tests/render/Support.h"
+#include "tests/realhost/ArdourSupport.h"
 
 namespace {
 
 constexpr auto npos = std::string::npos;
-
-// The scanner needs Ardour's private libraries, which live beside it.
-const std::string kArdourScan =
-    "LD_LIBRARY_PATH=" + quote(std::filesystem::path(HVT_ARDOUR_VST_SCANNER).parent_path()) +
-    " " + quote(HVT_ARDOUR_VST_SCANNER) + " -f \"$HOME/vst/HvTremolo.so\"";
-
-// The module as a user installs it, in a folder of its own, under a $HOME of its own for the
-// hosts' caches and settings. Returns the shell commands that go there.
-std::string install(const Scratch& home)
-{
-    std::filesystem::create_directory(home / "vst");
-    std::filesystem::copy_file(HVT_MODULE_PATH, home / "vst/HvTremolo.so");
-    return "export HOME=" + quote(home.dir) + "; export LXVST_PATH=\"$HOME/vst\"; cd \"$HOME\"; ";
-}
 
 TEST(RealHostScan, ArdourQtractorAndMuseSeeTheModule)
 {
@@ -55,24 +38,6 @@ TEST(RealHostScan, ArdourQtractorAndMuseSeeTheModule)
         for (const std::string& text : expected)
             EXPECT_NE(scan.out.find(text), npos) << text << "\n" << scan.out;
     }
-}
-
-// Ardour 7.3's Lua session corrupts its own heap now and then and dies on SIGABRT or SIGSEGV,
-// about one run in three here, also in a session without any plug-in, and valgrind shows no
-// invalid access by Ardour or by us. Such a run is made again from scratch, a few times; any other
-// failure counts at once.
-Ran runArdour(const std::string& command, const std::vector<std::string>& outputs)
-{
-    Ran ran;
-    for (int attempt = 1; attempt <= 6; ++attempt) {
-        for (const std::string& output : outputs)
-            std::filesystem::remove_all(output);
-        ran = shell(command);
-        if (ran.status != 128 + SIGABRT && ran.status != 128 + SIGSEGV)
-            break;
-        std::cout << "Ardour crashed (status " << ran.status << "), attempt " << attempt << "\n";
-    }
-    return ran;
 }
 
 TEST(ArdourSession, ExportEqualsOurHostBitForBitAndTheSavedSessionSoundsTheSame)
