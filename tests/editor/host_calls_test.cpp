@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstring>
 #include <chrono>
 #include <cstdlib>
 #include <functional>
@@ -29,7 +30,7 @@ namespace {
 using panel_layout::kPanelHeight;
 using panel_layout::kPanelWidth;
 
-const Rect& knobFrame(int32_t parameter)
+const Rect& knobRect(int32_t parameter)
 {
     for (const panel_layout::KnobPlace& place : panel_layout::kKnobPlaces)
         if (place.parameter == parameter)
@@ -108,7 +109,7 @@ protected:
 
     testing::AssertionResult knobShows(int32_t parameter, int frame)
     {
-        const Rect& f = knobFrame(parameter);
+        const Rect& f = knobRect(parameter);
         const int left = static_cast<int>(f.x), top = kPanelHeight - static_cast<int>(f.maxY());
         const int w = static_cast<int>(f.width), h = static_cast<int>(f.height);
         xcb_connection_t* c = window->connection();
@@ -121,7 +122,7 @@ protected:
         }
         const auto* shown = reinterpret_cast<const uint32_t*>(xcb_get_image_data(image));
         auto result = showsPicture([&](int x, int y) { return shown[(y - top) * w + x - left]; },
-                                   ::knobFrame(frame), left, top, w, h);
+                                   knobFrame(frame), left, top, w, h);
         free(image);
         return result;
     }
@@ -160,7 +161,7 @@ TEST_F(HostCalls, ADragIsBegunEachChangedValueAutomatedAndEndedOnTheIdleThread)
 
     // Three points up turn panner speed from step 20 to 21. Every step writes all five knobs as
     // they show; of those only tremolo depth's value changes besides the dragged knob's.
-    drag(knobFrame(3), {1, 3});
+    drag(knobRect(3), {1, 3});
     EXPECT_EQ(HostCallLog::take(),
               (std::vector{begin(3), automate(0, 0.33f), automate(3, 0.21f), end(3)}));
 
@@ -174,7 +175,7 @@ TEST_F(HostCalls, ADragIsBegunEachChangedValueAutomatedAndEndedOnTheIdleThread)
             plugin->processReplacing(in.channels(), out.channels(), 64);
         }
     });
-    drag(knobFrame(4), {40, 120, 380});
+    drag(knobRect(4), {40, 120, 380});
     stop = true;
     audio.join();
     const std::vector<HostCall> calls = HostCallLog::take();
@@ -210,7 +211,7 @@ TEST_F(HostCalls, TheSilentPanelTellsTheHostNothing)
     setenv("HVTREMOLO_SILENT_PANEL", "1", 1); // read when the effect and its editor are made
     plugin = VstPlugin::create(test_host::module(), HostCallLog::callback);
     open();
-    drag(knobFrame(4), {-40});
+    drag(knobRect(4), {-40});
     click(panel_layout::kRateButtonFrames[3]);
     EXPECT_LT(plugin->getParameter(4), 1.0f);
     EXPECT_EQ(plugin->getParameter(kSampleRate), 10.0f);
@@ -226,8 +227,8 @@ TEST_F(HostCalls, AHostThatSetsTheValueAgainFromItsAutomateHandlerIsNeitherLoope
         effect->setParameter(effect, index, value);
         --depth;
     });
-    drag(knobFrame(4), {-20}); // down from program 0's top
-    drag(knobFrame(4), {380});
+    drag(knobRect(4), {-20}); // down from program 0's top
+    drag(knobRect(4), {380});
     const std::vector<HostCall> calls = HostCallLog::take();
     EXPECT_EQ(static_cast<size_t>(handled), calls.size() - 4); // two gestures' begins and ends
     EXPECT_GT(handled, 2);
@@ -240,7 +241,7 @@ TEST_F(HostCalls, AHostThatSetsTheValueAgainFromItsAutomateHandlerIsNeitherLoope
 
 TEST_F(HostCalls, AGestureCutShortByClosingTheEditorEndsAndOneCutShortByClosingTheEffectIsSilent)
 {
-    drag(knobFrame(4), {-20}, false);
+    drag(knobRect(4), {-20}, false);
     expectBegunOn(4);
     plugin->dispatch(effEditClose);
     EXPECT_EQ(HostCallLog::take(), std::vector{end(4)});
@@ -249,11 +250,66 @@ TEST_F(HostCalls, AGestureCutShortByClosingTheEditorEndsAndOneCutShortByClosingT
     // A host that closes the effect while its editor is open mid-drag: a dying effect calls
     // nobody.
     open();
-    drag(knobFrame(4), {20}, false);
+    drag(knobRect(4), {20}, false);
     expectBegunOn(4);
     plugin.reset();
     EXPECT_TRUE(HostCallLog::take().empty());
     runWhileIdling({"xdotool", "mouseup", "1"});
+}
+
+// The stand-alone editor as a host of its own, run as a person runs it: what it prints of its
+// plug-in's calls for a drag down from program 0's mix.
+TEST(EditorToolLog, PrintsEachCallOfADragWithItsThread)
+{
+    XServer server;
+    ASSERT_TRUE(server.running());
+    FILE* out = popen("exec timeout 60 " HVT_EDITOR_TOOL " --log-host-calls", "r");
+    ASSERT_TRUE(out);
+    xcb_window_t window = 0;
+    if (FILE* found = popen("timeout 10 xdotool search --sync --limit 1 --name '^HvTremolo$'", "r")) {
+        if (fscanf(found, "%u", &window) != 1)
+            window = 0;
+        pclose(found);
+    }
+    // The press must find the editor's child window in place.
+    xcb_connection_t* c = xcb_connect(nullptr, nullptr);
+    for (int i = 0; i < 100 && window; ++i) {
+        auto* tree = xcb_query_tree_reply(c, xcb_query_tree(c, window), nullptr);
+        const bool embedded = tree && xcb_query_tree_children_length(tree) > 0;
+        free(tree);
+        if (embedded)
+            break;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    xcb_disconnect(c);
+    const std::string id = std::to_string(window);
+    const Rect& mix = knobRect(kMix);
+    const std::string x = std::to_string(int(mix.x + mix.width / 2));
+    const int y = kPanelHeight - int(mix.y + mix.height / 2);
+    EXPECT_EQ(std::system(("xdotool mousemove --window " + id + " " + x + " " + std::to_string(y) +
+                           " mousedown 1 mousemove --window " + id + " " + x + " " +
+                           std::to_string(y + 20) + " mouseup 1")
+                              .c_str()),
+              0);
+    std::string printed;
+    char line[200];
+    while (fgets(line, sizeof line, out)) {
+        printed += line;
+        if (std::strncmp(line, "endEdit", 7) == 0)
+            break;
+    }
+    EXPECT_EQ(std::system(("xdotool windowkill " + id).c_str()), 0);
+    while (fgets(line, sizeof line, out))
+        printed += line;
+    EXPECT_EQ(pclose(out), 0);
+    // The host's version asked at creation, then the gesture: the panel rewrites tremolo depth
+    // and speed as their knobs show them, 0.635 as 0.63 and 0.175 as 0.17.
+    EXPECT_EQ(printed, "request 1 (idle thread)\n"
+                       "beginEdit 4 (idle thread)\n"
+                       "automate 0 0.63 (idle thread)\n"
+                       "automate 1 0.17 (idle thread)\n"
+                       "automate 4 0.92 (idle thread)\n"
+                       "endEdit 4 (idle thread)\n");
 }
 
 } // namespace
