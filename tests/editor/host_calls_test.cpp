@@ -52,6 +52,7 @@ protected:
     void SetUp() override
     {
         ASSERT_TRUE(server.running()) << "Xvfb did not start";
+        unsetenv("HVTREMOLO_SILENT_PANEL"); // whatever the environment running the tests says
         window = std::make_unique<HostWindow>(40, 30, kPanelWidth, kPanelHeight, "recording host");
         ASSERT_TRUE(window->ok());
         plugin = VstPlugin::create(test_host::module(), HostCallLog::callback);
@@ -263,10 +264,12 @@ TEST(EditorToolLog, PrintsEachCallOfADragWithItsThread)
 {
     XServer server;
     ASSERT_TRUE(server.running());
+    unsetenv("HVTREMOLO_SILENT_PANEL");
     FILE* out = popen("exec timeout 60 " HVT_EDITOR_TOOL " --log-host-calls", "r");
     ASSERT_TRUE(out);
     xcb_window_t window = 0;
-    if (FILE* found = popen("timeout 10 xdotool search --sync --limit 1 --name '^HvTremolo$'", "r")) {
+    const char* search = "timeout 10 xdotool search --sync --limit 1 --name '^HvTremolo$'";
+    if (FILE* found = popen(search, "r")) {
         if (fscanf(found, "%u", &window) != 1)
             window = 0;
         pclose(found);

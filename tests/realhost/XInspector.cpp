@@ -47,7 +47,8 @@ xcb_window_t XInspector::findWindowOfSize(int width, int height)
         if (!tree)
             continue;
         const xcb_window_t* children = xcb_query_tree_children(tree.get());
-        pending.insert(pending.end(), children, children + xcb_query_tree_children_length(tree.get()));
+        const int count = xcb_query_tree_children_length(tree.get());
+        pending.insert(pending.end(), children, children + count);
     }
     return 0;
 }
@@ -89,9 +90,9 @@ std::vector<uint32_t> XInspector::pixels(xcb_window_t window, int width, int hei
 
 std::string XInspector::property(xcb_window_t window, xcb_atom_t name)
 {
-    auto reply = own(xcb_get_property_reply(
-        connection, xcb_get_property(connection, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, 1024),
-        nullptr));
+    const auto cookie =
+        xcb_get_property(connection, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, 1024);
+    auto reply = own(xcb_get_property_reply(connection, cookie, nullptr));
     if (!reply || reply->format != 8)
         return {};
     return std::string(static_cast<const char*>(xcb_get_property_value(reply.get())),

@@ -47,8 +47,9 @@ int main(int argc, char** argv)
         } else if (!std::strcmp(argv[i], "--log-host-calls")) {
             logCalls = true;
         } else {
-            std::fprintf(stderr, "usage: hvtremolo-editor [--plugin PATH.so] [--log-host-calls]\n"
-                                 "Shows the plug-in's panel in its own window; close it to quit.\n");
+            std::fprintf(stderr,
+                         "usage: hvtremolo-editor [--plugin PATH.so] [--log-host-calls]\n"
+                         "Shows the plug-in's panel in its own window; close it to quit.\n");
             return std::strcmp(argv[i], "--help") ? 2 : 0;
         }
     }
