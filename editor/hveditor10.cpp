@@ -29,7 +29,14 @@ hveditor10::hveditor10(AudioEffectX* effect)
     rect = panelRect(scale);
 }
 
-hveditor10::~hveditor10() = default;
+// Only the effect deletes its editor, from its own destructor: what is left of it must not be
+// called, and the host, which is closing it, must not be called back. A gesture still open
+// stays unended.
+hveditor10::~hveditor10()
+{
+    if (panelView)
+        panelView->setEffect(nullptr);
+}
 
 bool hveditor10::open(void* parent)
 {

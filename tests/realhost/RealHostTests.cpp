@@ -3,26 +3,11 @@
 // session whose export must equal hvtremolo-render's bit for bit.
 #include <gtest/gtest.h>
 
-#include "tests/realhost/RunArdour.h"
-#include "tests/render/Support.h"
+#include "tests/realhost/ArdourSupport.h"
 
 namespace {
 
 constexpr auto npos = std::string::npos;
-
-// The scanner needs Ardour's private libraries, which live beside it.
-const std::string kArdourScan =
-    "LD_LIBRARY_PATH=" + quote(std::filesystem::path(HVT_ARDOUR_VST_SCANNER).parent_path()) +
-    " " + quote(HVT_ARDOUR_VST_SCANNER) + " -f \"$HOME/vst/HvTremolo.so\"";
-
-// The module as a user installs it, in a folder of its own, under a $HOME of its own for the
-// hosts' caches and settings. Returns the shell commands that go there.
-std::string install(const Scratch& home)
-{
-    std::filesystem::create_directory(home / "vst");
-    std::filesystem::copy_file(HVT_MODULE_PATH, home / "vst/HvTremolo.so");
-    return "export HOME=" + quote(home.dir) + "; export LXVST_PATH=\"$HOME/vst\"; cd \"$HOME\"; ";
-}
 
 TEST(RealHostScan, ArdourQtractorAndMuseSeeTheModule)
 {

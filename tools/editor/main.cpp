@@ -1,5 +1,6 @@
 // hvtremolo-editor: the plug-in's panel in a window of its own, without a host. Loads the module
-// as a host does, opens its editor in a top-level window and calls idle 30 times a second.
+// as a host does, opens its editor in a top-level window and calls idle 30 times a second. With
+// --log-host-calls it prints every call the plug-in makes of its host, and from which thread.
 #include <unistd.h>
 
 #include <chrono>
@@ -7,25 +8,54 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "tools/editor/halvoCustomWindow10.h"
+#include "tools/vsthost/HostCallLog.h"
 #include "tools/vsthost/VstPlugin.h"
 #include "tools/vsthost/modulePath.h"
+
+namespace {
+
+// One line a call: "beginEdit 4", "automate 4 0.34", "endEdit 4", other requests by number,
+// each followed by the thread it came from.
+void print(const std::vector<HostCall>& calls)
+{
+    const std::thread::id idleThread = std::this_thread::get_id();
+    for (const HostCall& call : calls) {
+        const char* thread = call.thread == idleThread ? "(idle thread)" : "(another thread)";
+        if (call.opcode == audioMasterAutomate)
+            std::printf("automate %d %g %s\n", call.index, call.value, thread);
+        else if (call.opcode == audioMasterBeginEdit || call.opcode == audioMasterEndEdit)
+            std::printf("%s %d %s\n", call.opcode == audioMasterBeginEdit ? "beginEdit" : "endEdit",
+                        call.index, thread);
+        else
+            std::printf("request %d %s\n", call.opcode, thread);
+    }
+    std::fflush(stdout);
+}
+
+} // namespace
 
 int main(int argc, char** argv)
 {
     std::string path = defaultModulePath();
+    bool logCalls = false;
     for (int i = 1; i < argc; ++i) {
         if (!std::strcmp(argv[i], "--plugin") && i + 1 < argc) {
             path = argv[++i];
+        } else if (!std::strcmp(argv[i], "--log-host-calls")) {
+            logCalls = true;
         } else {
-            std::fprintf(stderr, "usage: hvtremolo-editor [--plugin PATH.so]\n"
-                                 "Shows the plug-in's panel in its own window; close it to quit.\n");
+            std::fprintf(stderr,
+                         "usage: hvtremolo-editor [--plugin PATH.so] [--log-host-calls]\n"
+                         "Shows the plug-in's panel in its own window; close it to quit.\n");
             return std::strcmp(argv[i], "--help") ? 2 : 0;
         }
     }
     VstModule module(path);
-    auto plugin = VstPlugin::create(module);
+    auto plugin =
+        VstPlugin::create(module, logCalls ? HostCallLog::callback : VstPlugin::defaultCallback);
     if (!plugin) {
         std::fprintf(stderr, "hvtremolo-editor: %s\n",
                      module.error().empty() ? "the module made no effect" : module.error().c_str());
@@ -43,8 +73,12 @@ int main(int argc, char** argv)
     }
     while (window.pump()) {
         plugin->dispatch(effEditIdle);
+        if (logCalls)
+            print(HostCallLog::take());
         std::this_thread::sleep_for(std::chrono::milliseconds(33));
     }
     window.close();
+    if (logCalls)
+        print(HostCallLog::take());
     return 0;
 }
