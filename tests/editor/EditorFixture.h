@@ -5,10 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdlib>
@@ -18,11 +15,11 @@
 #include <vector>
 
 #include "panel/PanelPictures.h"
+#include "tests/harness/Processes.h"
 #include "tests/harness/TestHost.h"
+#include "tests/harness/XServer.h"
 #include "tests/panel/PictureCheck.h"
 #include "tools/vsthost/HostWindow.h"
-
-extern char** environ;
 
 namespace editor_test {
 
@@ -38,47 +35,6 @@ constexpr Area kKnobs[5] = {{48, 202, 48, 48}, {45, 128, 48, 48}, {154, 202, 48,
 constexpr Area kButtons[4] = {
     {48, 46, 13, 13}, {78, 46, 13, 13}, {160, 46, 13, 13}, {190, 46, 13, 13}};
 constexpr Area kTopStrip = {0, 260, kWidth, 140}; // legends, no control
-
-inline pid_t spawn(const std::vector<std::string>& argv)
-{
-    std::vector<char*> args;
-    for (const std::string& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    pid_t pid = -1;
-    return posix_spawnp(&pid, args[0], nullptr, nullptr, args.data(), environ) == 0 ? pid : -1;
-}
-
-// A private Xvfb on a display number it picks itself (-displayfd), so suites can run side by side.
-// Large enough for the panel at scale 2.
-class XServer {
-public:
-    XServer()
-    {
-        int fds[2];
-        if (pipe(fds) != 0)
-            return;
-        pid = spawn({"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0", "1280x1024x24",
-                     "-nolisten", "tcp", "-noreset"});
-        close(fds[1]);
-        std::string display = ":";
-        for (char c; pid > 0 && read(fds[0], &c, 1) == 1 && c != '\n';)
-            display += c;
-        close(fds[0]);
-        running = display.size() > 1;
-        setenv("DISPLAY", display.c_str(), 1);
-    }
-    ~XServer()
-    {
-        if (pid > 0 && kill(pid, SIGTERM) == 0)
-            waitpid(pid, nullptr, 0);
-    }
-
-    bool running = false;
-
-private:
-    pid_t pid = -1;
-};
 
 // Calls serve every period milliseconds, as a host's idle timer does.
 inline void serveFor(int milliseconds, const std::function<void()>& serve, int period = 5)
@@ -134,7 +90,7 @@ class EditorInX : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(server.running) << "Xvfb did not start";
+        ASSERT_TRUE(server.running()) << "Xvfb did not start";
         window = std::make_unique<HostWindow>(40, 30, kWidth, kHeight, "test host");
         ASSERT_TRUE(window->ok());
         plugin = test_host::createEffect();
@@ -230,7 +186,7 @@ protected:
         }
     }
 
-    XServer server;
+    XServer server{"1280x1024x24"}; // large enough for the panel at scale 2
     std::unique_ptr<HostWindow> window;
     std::unique_ptr<VstPlugin> plugin;
     int scale = 1; // the editor's, when a test makes it draw at another

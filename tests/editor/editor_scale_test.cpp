@@ -68,7 +68,7 @@ std::pair<int, int> editorSize(const VstPlugin& plugin)
 TEST(DesktopScale, ComesFromGdkScaleElseXftDpiWhenTheEffectIsMadeAndIsOneWhenNeitherSays)
 {
     XServer server;
-    ASSERT_TRUE(server.running);
+    ASSERT_TRUE(server.running());
     struct Case {
         const char* gdkScale;
         const char* resources;

@@ -129,7 +129,7 @@ TEST_F(EditorInX, EditorsOfTwoInstancesWorkSideBySide)
 TEST(EditorPreviewTool, ShowsThePanelInAWindowOfItsOwnUntilTheWindowGoes)
 {
     XServer server;
-    ASSERT_TRUE(server.running);
+    ASSERT_TRUE(server.running());
     const pid_t tool = spawn({HVT_EDITOR_TOOL});
     ASSERT_GT(tool, 0);
     xcb_window_t window = 0;

@@ -100,7 +100,7 @@ protected:
     // thread goes on idling until xdotool is done.
     void runWhileIdling(const std::vector<std::string>& argv)
     {
-        const pid_t xdotool = spawnProgram(argv);
+        const pid_t xdotool = spawn(argv);
         int status = -1;
         while (xdotool > 0 && waitpid(xdotool, &status, WNOHANG) == 0)
             serveFor(5, [this] { idle(); });

@@ -1,7 +1,8 @@
-// Programs the GUI and host tests start and always end themselves: a private Xvfb on a display
-// number of its own, and any other child, each stopped by its own process id.
+// Programs the GUI and host tests start and always end themselves, each stopped by its own
+// process id (the private X server is in XServer.h).
 #pragma once
 
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -16,14 +17,23 @@
 extern char** environ;
 
 // Starts argv[0] (looked up in PATH) with this process's environment; -1 if it cannot start.
-inline pid_t spawn(const std::vector<std::string>& argv)
+// With quiet, its output goes nowhere (and does not hold the test's own output open).
+inline pid_t spawn(const std::vector<std::string>& argv, bool quiet = false)
 {
     std::vector<char*> args;
     for (const std::string& arg : argv)
         args.push_back(const_cast<char*>(arg.c_str()));
     args.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    if (quiet) {
+        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, 1, 2);
+    }
     pid_t pid = -1;
-    return posix_spawnp(&pid, args[0], nullptr, nullptr, args.data(), environ) == 0 ? pid : -1;
+    const int failed = posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return failed ? -1 : pid;
 }
 
 // A child that is asked to end (SIGTERM) when this goes, and killed if it has not within five
@@ -69,37 +79,4 @@ public:
 private:
     pid_t pid;
     int status = -1;
-};
-
-// A private Xvfb on a display number it picks itself (-displayfd), so suites can run side by
-// side; DISPLAY names it while it lives.
-class XServer {
-public:
-    XServer()
-    {
-        int fds[2];
-        if (pipe(fds) != 0)
-            return;
-        pid = spawn({"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0", "800x600x24",
-                     "-nolisten", "tcp", "-noreset"});
-        close(fds[1]);
-        std::string name = ":";
-        for (char c; pid > 0 && read(fds[0], &c, 1) == 1 && c != '\n';)
-            name += c;
-        close(fds[0]);
-        running = name.size() > 1;
-        display = name;
-        setenv("DISPLAY", display.c_str(), 1);
-    }
-    ~XServer()
-    {
-        if (pid > 0 && kill(pid, SIGTERM) == 0)
-            waitpid(pid, nullptr, 0);
-    }
-
-    bool running = false;
-    std::string display;
-
-private:
-    pid_t pid = -1;
 };

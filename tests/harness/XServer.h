@@ -4,37 +4,15 @@
 #pragma once
 
 #include <signal.h>
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include <xcb/xcb.h>
 
-// Starts argv[0] from PATH with this process's environment; -1 when it cannot be started. With
-// quiet, its output goes nowhere (and does not hold the test's own output open).
-inline pid_t spawnProgram(const std::vector<std::string>& argv, bool quiet = false)
-{
-    extern char** environ;
-    std::vector<char*> args;
-    for (const std::string& arg : argv)
-        args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    if (quiet) {
-        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions, 1, 2);
-    }
-    pid_t pid = -1;
-    const int failed = posix_spawnp(&pid, args[0], &actions, nullptr, args.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    return failed ? -1 : pid;
-}
+#include "tests/harness/Processes.h"
 
 class XServer {
 public:
@@ -43,7 +21,7 @@ public:
         int fds[2];
         if (pipe(fds) != 0)
             return;
-        pid = spawnProgram({"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0", screen,
+        pid = spawn({"Xvfb", "-displayfd", std::to_string(fds[1]), "-screen", "0", screen,
                             "-nolisten", "tcp", "-terminate"},
                            true);
         close(fds[1]);

@@ -14,6 +14,7 @@
 
 #include "engine/FactoryPrograms.h"
 #include "tests/harness/Processes.h"
+#include "tests/harness/XServer.h"
 #include "tests/harness/TestHost.h"
 #include "tests/lv2/JackProbe.h"
 #include "tests/realhost/RunArdour.h"
@@ -278,7 +279,7 @@ bool within10s(const std::function<bool()>& done)
 TEST(Lv2Jalv, ShowsThePanelEmbeddedAsHvtremoloPanelDrawsItAndADragChangesThePluginsControl)
 {
     XServer display;
-    ASSERT_TRUE(display.running) << "Xvfb did not start";
+    ASSERT_TRUE(display.running()) << "Xvfb did not start";
     const std::string server = "hvt-lv2-test-" + std::to_string(getpid());
     setenv("JACK_NO_AUDIO_RESERVATION", "1", 1);
     setenv("JACK_DEFAULT_SERVER", server.c_str(), 1);

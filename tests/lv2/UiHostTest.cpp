@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "tests/harness/Processes.h"
+#include "tests/harness/XServer.h"
 #include "tests/panel/PictureCheck.h"
 #include "tools/vsthost/HostWindow.h"
 
@@ -190,7 +191,7 @@ class Lv2UiInX : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(server.running) << "Xvfb did not start";
+        ASSERT_TRUE(server.running()) << "Xvfb did not start";
         ASSERT_TRUE(uiDescriptor()) << dlerror();
         parent = std::make_unique<HostWindow>(40, 30, 300, 450, "LV2 host");
         ASSERT_TRUE(parent->ok());
