@@ -7,21 +7,24 @@
 // (x, y, w, h) of the 400-point panel lies at row 400 - y - h.
 #include "tools/pictures/PictureDrawing.h"
 
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <string>
 #include <vector>
 
+#include "engine/Parameters.h"
+#include "panel/PanelLayout.h"
 #include "panel/PictureNames.h"
 
 namespace {
 
-constexpr double kPanelWidth = 253.0;
-constexpr double kPanelHeight = 400.0;
-constexpr int kKnobFrames = 128;
-constexpr double kKnobSize = 48.0;
-constexpr double kButtonSize = 13.0;
+constexpr double kPanelWidth = panel_layout::kPanelWidth;
+constexpr double kPanelHeight = panel_layout::kPanelHeight;
+constexpr int kKnobFrames = panel_layout::kFilmstripFrames;
+constexpr double kKnobSize = panel_layout::kKnobSize;
+constexpr double kButtonSize = panel_layout::kRateButtonSize;
 constexpr const char* kFont = "DejaVu Sans";
 
 struct Rgb {
@@ -319,32 +322,26 @@ cairo_surface_t* drawBackground(int scale)
     cairo_set_source_rgba(cr, 1.0, 1.0, 1.0, 0.07);
     cairo_stroke(cr);
 
-    struct Legend {
-        const char* text;
-        double x, y; // the knob's frame origin on the panel
-    };
-    const Legend knobs[] = {{"TREMOLO DEPTH", 48, 202}, {"STEREO PANNER", 154, 202},
-                            {"TREMOLO SPEED", 45, 128}, {"PANNER SPEED", 156, 128},
-                            {"MIX", 104, 77}};
-    for (const Legend& knob : knobs) {
+    // Each knob's legend is its parameter's name in capitals.
+    for (const panel_layout::KnobPlace& knob : panel_layout::kKnobPlaces) {
         double cx, cy;
-        frameCentre(knob.x, knob.y, kKnobSize, kKnobSize, cx, cy);
+        frameCentre(knob.frame.x, knob.frame.y, kKnobSize, kKnobSize, cx, cy);
         knobScale(cr, cx, cy);
-        spacedText(cr, knob.text, cx, cy - 35.5, 7.5, 0.9, kLegend);
+        std::string legend = kParameterInfo[knob.parameter].name;
+        for (char& c : legend)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        spacedText(cr, legend.c_str(), cx, cy - 35.5, 7.5, 0.9, kLegend);
     }
 
     // The rate row: two buttons each side of its title, each with its rate beneath.
     recess(cr, 30.0, 334.0, kPanelWidth - 60.0, 42.0, 6.0, 0.18);
-    struct Rate {
-        const char* text;
-        double x; // the button's frame origin on the panel; all sit at y 46
-    };
-    const Rate rates[] = {{"44.1k", 48}, {"48k", 78}, {"88.2k", 160}, {"96k", 190}};
-    for (const Rate& rate : rates) {
+    constexpr const char* kRateLegends[kNumRateChoices] = {"44.1k", "48k", "88.2k", "96k"};
+    for (int i = 0; i < kNumRateChoices; ++i) {
+        const Rect& frame = panel_layout::kRateButtonFrames[i];
         double cx, cy;
-        frameCentre(rate.x, 46.0, kButtonSize, kButtonSize, cx, cy);
+        frameCentre(frame.x, frame.y, kButtonSize, kButtonSize, cx, cy);
         buttonSocket(cr, cx, cy);
-        spacedText(cr, rate.text, cx, cy + 20.0, 7.0, 0.3, kLegend);
+        spacedText(cr, kRateLegends[i], cx, cy + 20.0, 7.0, 0.3, kLegend);
     }
     spacedText(cr, "SAMPLE", 125.5, 347.0, 7.0, 1.0, kDimLegend);
     spacedText(cr, "RATE", 125.5, 357.0, 7.0, 1.0, kDimLegend);
