@@ -6,12 +6,17 @@
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
+#include <lv2/atom/atom.h>
+#include <lv2/options/options.h>
 #include <lv2/ui/ui.h>
+#include <lv2/urid/urid.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <sstream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tests/harness/Processes.h"
@@ -47,7 +52,9 @@ const LV2UI_Descriptor* uiDescriptor()
 // "write PORT VALUE", "touch PORT 1|0", "resize W H".
 class HostedUi {
 public:
-    explicit HostedUi(uint32_t parent, bool withParent = true) : parentWindow(parent)
+    // A scaleFactor above 0 is offered as the ui:scaleFactor option.
+    explicit HostedUi(uint32_t parent, bool withParent = true, float scaleFactor = 0.0f)
+        : parentWindow(parent), scale(scaleFactor)
     {
         const LV2UI_Descriptor* descriptor = uiDescriptor();
         if (!descriptor)
@@ -57,8 +64,18 @@ public:
         const LV2_Feature resizeFeature{LV2_UI__resize, &resize};
         const LV2_Feature touchFeature{LV2_UI__touch, &touch};
         const LV2_Feature idleFeature{LV2_UI__idleInterface, nullptr};
+        const LV2_Options_Option options[] = {
+            {LV2_OPTIONS_INSTANCE, 0, map(this, LV2_UI__scaleFactor), sizeof scale,
+             map(this, LV2_ATOM__Float), &scale},
+            {LV2_OPTIONS_INSTANCE, 0, 0, 0, 0, nullptr}};
+        const LV2_Feature optionsFeature{LV2_OPTIONS__options, const_cast<LV2_Options_Option*>(options)};
+        const LV2_Feature mapFeature{LV2_URID__map, &uridMap};
         const LV2_Feature* features[] = {&resizeFeature, &touchFeature, &idleFeature,
-                                         withParent ? &parentFeature : nullptr, nullptr};
+                                         withParent ? &parentFeature : nullptr,
+                                         scaleFactor > 0.0f ? &optionsFeature : nullptr,
+                                         &mapFeature, nullptr};
+        std::stable_partition(std::begin(features), std::end(features),
+                              [](const LV2_Feature* f) { return f != nullptr; });
         LV2UI_Widget widgetPointer = nullptr;
         handle = descriptor->instantiate(descriptor, "urn:halvo:hvtremolo", HVT_LV2_BUNDLE,
                                          write, this, &widgetPointer, features);
@@ -116,7 +133,19 @@ private:
                                                      std::to_string(grabbed));
     }
 
+    static LV2_URID map(LV2_URID_Map_Handle handle, const char* uri)
+    {
+        auto& uris = static_cast<HostedUi*>(handle)->uris;
+        const auto found = std::find(uris.begin(), uris.end(), uri);
+        if (found == uris.end())
+            uris.emplace_back(uri);
+        return static_cast<LV2_URID>(std::find(uris.begin(), uris.end(), uri) - uris.begin() + 1);
+    }
+
     uint32_t parentWindow;
+    float scale;
+    std::vector<std::string> uris;
+    LV2_URID_Map uridMap{this, map};
     LV2UI_Handle handle = nullptr;
     const LV2UI_Idle_Interface* idleInterface = nullptr;
     LV2UI_Resize resize{this, resized};
@@ -199,9 +228,9 @@ protected:
 
     // Instantiates a UI in the parent and reports the plug-in's values, as a host does before
     // the first idle: knobs 0 to 4, the rate choice and the tuning in use.
-    std::unique_ptr<HostedUi> open(const std::vector<float>& values)
+    std::unique_ptr<HostedUi> open(const std::vector<float>& values, float scaleFactor = 0.0f)
     {
-        auto ui = std::make_unique<HostedUi>(parent->id());
+        auto ui = std::make_unique<HostedUi>(parent->id(), true, scaleFactor);
         if (!ui->ok())
             return nullptr;
         for (uint32_t port = 4; port < 4 + values.size(); ++port)
@@ -268,6 +297,27 @@ TEST_F(Lv2UiInX, EmbedsAsAChildOfItsSizeAndShowsTheReportedValuesAsTheEditorWoul
     serveFor(30, [&] { serve(*ui); });
     expectRateShown(*ui, 0);
     EXPECT_EQ(ui->log.size(), 1u) << "the UI wrote a value it was told";
+}
+
+TEST_F(Lv2UiInX, AtTheHostsScaleFactorItAsksForAndTakesThePanelsSizeTimesTheScale)
+{
+    parent = std::make_unique<HostWindow>(0, 0, 800, 1000, "LV2 host at scale 2");
+    ASSERT_TRUE(parent->ok());
+    for (const auto& [factor, width, height] :
+         {std::tuple{2.0f, 506, 800}, {1.2f, 253, 400}, {2.6f, 759, 1200}, {9.0f, 759, 1200}}) {
+        auto ui = open({0.57f, 0.2f, 1.0f, 0.0f, 0.5f, 0.0f, 8.0f}, factor);
+        ASSERT_TRUE(ui) << factor;
+        EXPECT_EQ(ui->log, std::vector<std::string>{"resize " + std::to_string(width) + " " +
+                                                    std::to_string(height)})
+            << factor;
+        xcb_connection_t* c = parent->connection();
+        auto* geometry = xcb_get_geometry_reply(c, xcb_get_geometry(c, ui->widget), nullptr);
+        ASSERT_TRUE(geometry);
+        EXPECT_EQ(std::make_pair(int{geometry->width}, int{geometry->height}),
+                  std::make_pair(width, height))
+            << factor;
+        free(geometry);
+    }
 }
 
 TEST_F(Lv2UiInX, TakesTheDepthAndVisualOfAParentOfAnotherDepth)
