@@ -1,7 +1,7 @@
 #!/bin/sh
 # The Debian package on this very machine, as a user gets it: made by cpack, checked by lintian,
 # installed with apt. Then, with no plug-in path set and a home of its own: Ardour finds the VST
-# module in its default folders, lv2ls lists the LV2 plug-in, hvtremolo-render renders the demo
+# module in its default folders, lv2ls and Ardour list the LV2 plug-in, hvtremolo-render renders the demo
 # from /usr/bin and man shows its page. Finally apt remove, and every file the package put on
 # the system must be gone.
 # It needs root and changes the system, so it runs only when CI=true or HVT_SYSTEM_TESTS=1; it
@@ -77,9 +77,11 @@ done
 grep -F "LXVST 1213617208 HvTremolo 32-Bit, Halvo Music, /usr/lib/vst/HvTremolo.so" "$scratch/ardour.log" ||
     fail "Ardour does not list HvTremolo in /usr/lib/vst: $(cat "$scratch/ardour.log")"
 
-# LV2 hosts, when this build has the bundle.
+# LV2 hosts, Ardour among them, when this build has the bundle.
 if grep -q '^/usr/lib/lv2/HvTremolo.lv2/manifest.ttl$' "$scratch/files"; then
     user lv2ls | grep -x "urn:halvo:hvtremolo" || fail "lv2ls does not list urn:halvo:hvtremolo"
+    grep -F "LV2 urn:halvo:hvtremolo HvTremolo, Halvo Music" "$scratch/ardour.log" ||
+        fail "Ardour does not list the LV2 HvTremolo"
 else
     echo "note: this build has no LV2 bundle; the LV2 check did not run"
 fi
