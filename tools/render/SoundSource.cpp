@@ -1,11 +1,14 @@
 #include "tools/render/SoundSource.h"
 
 #include <sndfile.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "tools/render/DemoSignal.h"
@@ -24,6 +27,16 @@ public:
     int channels() const override { return info.channels; }
     int sampleRate() const override { return info.samplerate; }
     int64_t frames() const override { return info.frames == SF_COUNT_MAX ? -1 : info.frames; }
+    int format() const override { return info.format; }
+
+    std::vector<std::pair<int, std::string>> tags() const override
+    {
+        std::vector<std::pair<int, std::string>> found;
+        for (int kind = SF_STR_FIRST; kind <= SF_STR_LAST; ++kind)
+            if (const char* text = sf_get_string(file, kind); text && *text)
+                found.emplace_back(kind, text);
+        return found;
+    }
 
     int read(float* left, float* right, int count) override
     {
@@ -38,7 +51,8 @@ public:
             filled += static_cast<int>(got);
         }
         if (sf_error(file) != SF_ERR_NO_ERROR) {
-            errorText = "cannot read '" + path + "': " + sf_strerror(file);
+            errorText = (path == "-" ? std::string("cannot read standard input: ")
+                                     : "cannot read '" + path + "': ") + sf_strerror(file);
             return -1;
         }
         const int stride = info.channels;
@@ -63,6 +77,7 @@ public:
     int channels() const override { return 1; }
     int sampleRate() const override { return rate; }
     int64_t frames() const override { return static_cast<int64_t>(samples.size()); }
+    int format() const override { return SF_FORMAT_WAV | SF_FORMAT_FLOAT; }
 
     int read(float* left, float* right, int count) override
     {
@@ -80,47 +95,107 @@ private:
     size_t position = 0;
 };
 
+// Copies what `from` gives, to its end, into a temporary file that has no name; returns it open
+// at its start, or -1 with `error` set.
+int spool(int from, const std::string& shown, std::string& error)
+{
+    const char* folder = std::getenv("TMPDIR");
+    std::string pattern = std::string(folder && *folder ? folder : "/tmp") + "/hvtremolo-XXXXXX";
+    const int into = mkostemp(pattern.data(), O_CLOEXEC);
+    if (into < 0) {
+        error = "cannot read " + shown + ": cannot make a temporary file: " + std::strerror(errno);
+        return -1;
+    }
+    unlink(pattern.c_str());
+    std::vector<char> buffer(1 << 16);
+    for (;;) {
+        const ssize_t got = read(from, buffer.data(), buffer.size());
+        if (got == 0)
+            break;
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0) {
+            error = "cannot read " + shown + ": " + std::strerror(errno);
+            close(into);
+            return -1;
+        }
+        for (ssize_t done = 0; done < got;) {
+            const ssize_t put = write(into, buffer.data() + done, static_cast<size_t>(got - done));
+            if (put < 0 && errno == EINTR)
+                continue;
+            if (put <= 0) {
+                error = "cannot read " + shown + ": cannot keep it in a temporary file: " +
+                        std::strerror(errno);
+                close(into);
+                return -1;
+            }
+            done += put;
+        }
+    }
+    lseek(into, 0, SEEK_SET);
+    return into;
+}
+
 } // namespace
 
 std::unique_ptr<SoundSource> openSoundFile(const std::string& path, int blockSize,
                                            std::string& error)
 {
+    const bool standardInput = path == "-";
+    const std::string shown = standardInput ? "standard input" : "input '" + path + "'";
     // libsndfile's own texts for these cases ("System error") do not say what is wrong.
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0) {
-        error = "cannot read input '" + path + "': " + std::strerror(errno);
+    if ((standardInput ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status)) != 0) {
+        error = "cannot read " + shown + ": " + std::strerror(errno);
         return nullptr;
     }
     if (S_ISDIR(status.st_mode)) {
-        error = "input '" + path + "' is a folder, not a sound file";
+        error = shown + " is a folder, not a sound file";
         return nullptr;
     }
-    if (FILE* probe = std::fopen(path.c_str(), "rb"))
-        std::fclose(probe);
-    else {
-        error = "cannot read input '" + path + "': " + std::strerror(errno);
-        return nullptr;
+    int descriptor = -1;
+    if (standardInput) {
+        if (isatty(STDIN_FILENO)) {
+            error = "standard input is a terminal; pipe a sound file into it";
+            return nullptr;
+        }
+        descriptor = spool(STDIN_FILENO, shown, error);
+    } else {
+        const int opened = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (opened < 0) {
+            error = "cannot read " + shown + ": " + std::strerror(errno);
+            return nullptr;
+        }
+        if (S_ISREG(status.st_mode)) {
+            descriptor = opened;
+        } else {
+            descriptor = spool(opened, shown, error);
+            close(opened);
+        }
     }
+    if (descriptor < 0)
+        return nullptr;
 
     SF_INFO info{};
-    SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
+    SNDFILE* file = sf_open_fd(descriptor, SFM_READ, &info, SF_TRUE);
     if (!file) {
-        error = "input '" + path + "' is not a sound file this program can read (" +
-                sf_strerror(nullptr) + ")";
+        error = shown + " is not a sound file this program can read (" + sf_strerror(nullptr) +
+                ")";
+        close(descriptor);
         return nullptr;
     }
     if (info.channels > 2) {
-        error = "input '" + path + "' has " + std::to_string(info.channels) +
+        error = shown + " has " + std::to_string(info.channels) +
                 " channels; only mono and stereo files can be rendered";
         sf_close(file);
         return nullptr;
     }
     if (info.channels < 1 || info.samplerate < 1) {
-        error = "input '" + path + "' names no channels or no sample rate";
+        error = shown + " names no channels or no sample rate";
         sf_close(file);
         return nullptr;
     }
-    return std::make_unique<SoundFileSource>(file, info, path, blockSize);
+    return std::make_unique<SoundFileSource>(file, info, standardInput ? "-" : path, blockSize);
 }
 
 std::unique_ptr<SoundSource> openDemoSignal(int sampleRate)
