@@ -8,6 +8,7 @@
 #include <string>
 #include <thread>
 
+#include "tools/Version.h"
 #include "tools/editor/halvoCustomWindow10.h"
 #include "tools/vsthost/VstPlugin.h"
 #include "tools/vsthost/modulePath.h"
@@ -18,10 +19,25 @@ int main(int argc, char** argv)
     for (int i = 1; i < argc; ++i) {
         if (!std::strcmp(argv[i], "--plugin") && i + 1 < argc) {
             path = argv[++i];
+        } else if (!std::strcmp(argv[i], "--version")) {
+            std::printf("hvtremolo-editor %s\n", HVT_VERSION);
+            return 0;
+        } else if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
+            std::printf("Usage: hvtremolo-editor [--plugin PATH.so]\n"
+                        "       hvtremolo-editor --help | --version\n\n"
+                        "Shows the plug-in's panel in a window of its own, without a host: loads\n"
+                        "the module as a host does and opens its editor; close the window to quit.\n"
+                        "Needs an X display (DISPLAY).\n\n"
+                        "  --plugin PATH.so  the module to load (default: HvTremolo.so next to\n"
+                        "                    this program)\n"
+                        "  --help, -h        print this text\n"
+                        "  --version         print the program's name and version\n\n"
+                        "Exit status: 0 when the window is closed, 1 when the module or the\n"
+                        "window cannot be opened, 2 for a wrong command line.\n");
+            return 0;
         } else {
-            std::fprintf(stderr, "usage: hvtremolo-editor [--plugin PATH.so]\n"
-                                 "Shows the plug-in's panel in its own window; close it to quit.\n");
-            return std::strcmp(argv[i], "--help") ? 2 : 0;
+            std::fprintf(stderr, "usage: hvtremolo-editor [--plugin PATH.so] (see --help)\n");
+            return 2;
         }
     }
     VstModule module(path);

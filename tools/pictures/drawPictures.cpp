@@ -10,8 +10,11 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 #include <vector>
+
+#include "tools/Version.h"
 
 namespace {
 
@@ -528,8 +531,25 @@ cairo_surface_t* drawSliderThumb()
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: hvtremolo-pictures OUTPUT-FOLDER\n");
+    if (argc == 2 && (!std::strcmp(argv[1], "--help") || !std::strcmp(argv[1], "-h"))) {
+        std::printf("Usage: hvtremolo-pictures OUTPUT-FOLDER\n"
+                    "       hvtremolo-pictures --help | --version\n\n"
+                    "Draws every picture the panel shows (background, knob frames, rate buttons,\n"
+                    "slider) as PNG files into OUTPUT-FOLDER, which must exist; the same files\n"
+                    "every time.\n\n"
+                    "  OUTPUT-FOLDER  where the PNG files go, e.g. resources\n"
+                    "  --help, -h     print this text\n"
+                    "  --version      print the program's name and version\n\n"
+                    "Exit status: 0 when every picture is written, 1 when one is not, 2 for a\n"
+                    "wrong command line.\n");
+        return 0;
+    }
+    if (argc == 2 && !std::strcmp(argv[1], "--version")) {
+        std::printf("hvtremolo-pictures %s\n", HVT_VERSION);
+        return 0;
+    }
+    if (argc != 2 || argv[1][0] == '-') {
+        std::fprintf(stderr, "usage: hvtremolo-pictures OUTPUT-FOLDER (see --help)\n");
         return 2;
     }
     const std::string folder = argv[1];

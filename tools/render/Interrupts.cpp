@@ -61,6 +61,9 @@ void catchInterrupts()
     action.sa_mask = interruptSignals();
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    // A file size limit (ulimit -f) then fails the write like a full disk does, and the
+    // temporary file is removed on the way out, instead of the program being killed.
+    signal(SIGXFSZ, SIG_IGN);
 }
 
 int registerTemporary(const std::string& path)

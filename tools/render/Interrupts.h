@@ -5,7 +5,8 @@
 
 #include <string>
 
-// Installs the handler for SIGINT and SIGTERM.
+// Installs the handler for SIGINT and SIGTERM; SIGXFSZ is ignored, so that passing a file size
+// limit is a write error like any other.
 void catchInterrupts();
 
 // Registers a temporary file for removal; returns its slot, or -1 when every slot is taken (the

@@ -295,5 +295,8 @@ std::string OutputTarget::shownName() const
 {
     if (stream)
         return target.empty() ? "standard output" : named;
+    struct stat status {};
+    if (lstat(named.c_str(), &status) == 0 && S_ISLNK(status.st_mode))
+        return absolute(named) + " -> " + target;
     return absolute(named);
 }

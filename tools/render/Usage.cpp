@@ -2,11 +2,10 @@
 
 std::string usageText()
 {
-    return "Usage:\n"
-           "  hvtremolo-render [OPTIONS] INPUT OUTPUT\n"
-           "  hvtremolo-render [OPTIONS] --demo OUTPUT\n"
-           "  hvtremolo-render --list [--plugin PATH.so] [--program P] [--param K=V]...\n"
-           "  hvtremolo-render --help | --version\n"
+    return "Usage: hvtremolo-render [OPTIONS] INPUT OUTPUT\n"
+           "       hvtremolo-render [OPTIONS] --demo OUTPUT\n"
+           "       hvtremolo-render --list [--plugin PATH.so] [--program P] [--param K=V]...\n"
+           "       hvtremolo-render --help | --version\n"
            R"HELP(
 Renders a sound file through the HvTremolo plug-in, loaded the way any VST 2.4 host loads it,
 and writes the result in stereo at the input's sample rate, in the format OUTPUT's name asks

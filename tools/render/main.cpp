@@ -271,8 +271,9 @@ struct Render {
             return fail("output " + quoted(options.outputPath) + ": " + sound.error() +
                         "; nothing written");
 
+        std::string title;
         if (plot) {
-            const std::string title = plotTitle(plugin, vocabulary, programValues);
+            title = plotTitle(plugin, vocabulary, programValues);
             if (!writeEnvelopePlot(envelopes.finish(title, rate, stats), plot->descriptor(),
                                    error))
                 return fail("plot " + quoted(options.plotPath) + ": " + error);
@@ -290,7 +291,7 @@ struct Render {
             std::fprintf(stderr, "wrote %s (%s)\n", output->shownName().c_str(),
                          format->description.c_str());
             if (plot)
-                std::fprintf(stderr, "plot  %s\n", plot->shownName().c_str());
+                std::fprintf(stderr, "plot  %s (%s)\n", plot->shownName().c_str(), title.c_str());
         }
         return 0;
     }
