@@ -98,6 +98,10 @@ TEST(RenderSafety, RefusesWritesThroughLinksAndIntoDevicesAndLeavesNothingBehind
         {"a write that fails (a file size limit) leaves the old file", "",
          "ulimit -f 64 && {R} long.wav out.wav", 1, "File too large; nothing written",
          untouched("out.wav")},
+        // The shell reports the abort's signal as 128 + 6.
+        {"a plug-in that crashes mid-render leaves the old file", "",
+         "{R} --plugin " + quote(HVT_CRASHING_MODULE_PATH) + " long.wav out.wav", 134, "",
+         untouched("out.wav")},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);

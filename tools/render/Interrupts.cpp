@@ -26,7 +26,7 @@ void writeAll(int descriptor, const char* text, size_t length)
     }
 }
 
-void onInterrupt(int signal)
+void cleanUp()
 {
     for (int i = 0; i < kSlots; ++i)
         if (slotUsed[i])
@@ -39,15 +39,30 @@ void onInterrupt(int signal)
         line[width + 1] = '\r';
         writeAll(STDERR_FILENO, line, static_cast<size_t>(width) + 2);
     }
+}
+
+void onInterrupt(int signal)
+{
+    cleanUp();
     _exit(128 + signal);
 }
+
+// A crash (in the plug-in, say) removes the temporary files too, then crashes as it would have.
+void onCrash(int signal)
+{
+    cleanUp();
+    raise(signal); // the handler was reset to the default when this one was entered
+}
+
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int kCrashes[] = {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT};
 
 sigset_t interruptSignals()
 {
     sigset_t set;
     sigemptyset(&set);
-    sigaddset(&set, SIGINT);
-    sigaddset(&set, SIGTERM);
+    for (int signal : kInterrupts)
+        sigaddset(&set, signal);
     return set;
 }
 
@@ -59,8 +74,14 @@ void catchInterrupts()
     action.sa_handler = onInterrupt;
     // While the handler runs, the other signal waits: the files are removed once, in one piece.
     action.sa_mask = interruptSignals();
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
+    for (int signal : kInterrupts)
+        sigaction(signal, &action, nullptr);
+    struct sigaction crash {};
+    crash.sa_handler = onCrash;
+    crash.sa_flags = SA_RESETHAND | SA_NODEFER;
+    sigemptyset(&crash.sa_mask);
+    for (int signal : kCrashes)
+        sigaction(signal, &crash, nullptr);
     // A file size limit (ulimit -f) then fails the write like a full disk does, and the
     // temporary file is removed on the way out, instead of the program being killed.
     signal(SIGXFSZ, SIG_IGN);
@@ -108,5 +129,8 @@ bool HeldInterrupts::interruptPending()
     sigset_t pending;
     sigemptyset(&pending);
     sigpending(&pending);
-    return sigismember(&pending, SIGINT) || sigismember(&pending, SIGTERM);
+    for (int signal : kInterrupts)
+        if (sigismember(&pending, signal))
+            return true;
+    return false;
 }

@@ -1,11 +1,13 @@
-// Ctrl-C and SIGTERM: the handler removes the temporary files that are registered at that moment,
-// clears the progress line if one is drawn, and exits with 128 + the signal's number. It does
-// only what is safe in a signal handler (unlink, write, _exit) on paths built beforehand.
+// Ctrl-C, SIGTERM and SIGHUP: the handler removes the temporary files that are registered at that
+// moment, clears the progress line if one is drawn, and exits with 128 + the signal's number
+// (130, 143, 129). A crash (SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT) removes them too and then
+// crashes as it would have. The handlers do only what is safe in a signal handler (unlink, write,
+// _exit, raise) on paths built beforehand.
 #pragma once
 
 #include <string>
 
-// Installs the handler for SIGINT and SIGTERM; SIGXFSZ is ignored, so that passing a file size
+// Installs the handlers; SIGXFSZ is ignored, so that passing a file size
 // limit is a write error like any other.
 void catchInterrupts();
 
@@ -18,7 +20,7 @@ void forgetTemporary(int slot);
 // Whether a progress line is on the terminal; the handler clears it before exiting.
 void setProgressLineShown(bool shown, int width);
 
-// Holds SIGINT and SIGTERM back while alive: a file is created and registered, or renamed and
+// Holds the interrupts back while alive: a file is created and registered, or renamed and
 // forgotten, as one step. interruptPending() says whether one arrived meanwhile; it is handled
 // when the holder goes.
 class HeldInterrupts {

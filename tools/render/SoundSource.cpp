@@ -12,6 +12,7 @@
 #include <cstring>
 
 #include "tools/render/DemoSignal.h"
+#include "tools/render/Interrupts.h"
 
 namespace {
 
@@ -101,12 +102,18 @@ int spool(int from, const std::string& shown, std::string& error)
 {
     const char* folder = std::getenv("TMPDIR");
     std::string pattern = std::string(folder && *folder ? folder : "/tmp") + "/hvtremolo-XXXXXX";
-    const int into = mkostemp(pattern.data(), O_CLOEXEC);
+    int into = -1;
+    {
+        // Named only for a moment, and never at an interrupt.
+        const HeldInterrupts held;
+        into = mkostemp(pattern.data(), O_CLOEXEC);
+        if (into >= 0)
+            unlink(pattern.c_str());
+    }
     if (into < 0) {
         error = "cannot read " + shown + ": cannot make a temporary file: " + std::strerror(errno);
         return -1;
     }
-    unlink(pattern.c_str());
     std::vector<char> buffer(1 << 16);
     for (;;) {
         const ssize_t got = read(from, buffer.data(), buffer.size());
