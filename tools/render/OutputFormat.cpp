@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr uint64_t kFourGiB = 0xFFFFFFFFull;
-
 std::string lowerCase(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -69,8 +67,9 @@ const std::vector<Container>& writableContainers()
             {"wav", "WAV", SF_FORMAT_WAV, 0, 0}, // RF64 beyond 4 GiB: see chooseFormat
             {"flac", "FLAC", SF_FORMAT_FLAC, 0, 0},
             {"ogg", "OGG Vorbis", SF_FORMAT_OGG, SF_FORMAT_VORBIS, 0},
-            {"aiff", "AIFF", SF_FORMAT_AIFF, 0, kFourGiB - 64},
-            {"aif", "AIFF", SF_FORMAT_AIFF, 0, kFourGiB - 64},
+            // 32-bit sizes and no 64-bit form: refused past 4 GiB, with room for the tags.
+            {"aiff", "AIFF", SF_FORMAT_AIFF, 0, kLargestPlainWavData},
+            {"aif", "AIFF", SF_FORMAT_AIFF, 0, kLargestPlainWavData},
             // AU marks a size past 4 GiB as unknown, which readers read to the end.
             {"au", "AU", SF_FORMAT_AU, 0, 0},
             {"w64", "W64", SF_FORMAT_W64, 0, 0},
