@@ -1,8 +1,10 @@
 // hvtremolo-render never loses a file: what it refuses, how it writes through links, into
 // devices and FIFOs, and what a failure or an interrupt leaves behind (the old file, nothing else).
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/sysmacros.h>
 #include <sys/wait.h>
 
@@ -125,16 +127,23 @@ TEST(RenderSafety, RefusesWritesThroughLinksAndIntoDevicesAndLeavesNothingBehind
     }
 }
 
-// Starts the program on a terminal of its own, so that it draws its progress bar.
+// Starts the program on a terminal of its own, so that it draws its progress bar. The test keeps
+// the terminal's other side open too, so that nothing the program wrote last is lost when it ends.
 struct OnTerminal {
     pid_t pid = -1;
-    int terminal = -1;
+    int terminal = -1, programSide = -1;
     std::string seen;
 
     OnTerminal(const Scratch& dir, const std::vector<std::string>& arguments)
     {
-        pid = forkpty(&terminal, nullptr, nullptr, nullptr);
+        if (openpty(&terminal, &programSide, nullptr, nullptr, nullptr) != 0)
+            return;
+        pid = fork();
         if (pid == 0) {
+            setsid();
+            ioctl(programSide, TIOCSCTTY, 0);
+            for (int descriptor : {0, 1, 2})
+                dup2(programSide, descriptor);
             if (chdir(dir.dir.c_str()) != 0)
                 _exit(127);
             std::vector<char*> argv{const_cast<char*>(HVT_RENDER_PROGRAM)};
@@ -146,28 +155,32 @@ struct OnTerminal {
         }
     }
 
-    // Reads what the program writes until `text` appears or it stops writing.
-    bool waitFor(const std::string& text)
+    ~OnTerminal()
     {
-        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        close(terminal);
+        close(programSide);
+    }
+
+    // Reads what the program writes until `text` appears, or for at most `seconds`.
+    bool waitFor(const std::string& text, int seconds = 60)
+    {
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
         while (seen.find(text) == npos && std::chrono::steady_clock::now() < until) {
+            pollfd ready{terminal, POLLIN, 0};
+            if (poll(&ready, 1, 100) <= 0)
+                continue;
             char buffer[4096];
             const ssize_t got = read(terminal, buffer, sizeof buffer);
-            if (got <= 0)
-                return false;
-            seen.append(buffer, static_cast<size_t>(got));
+            if (got > 0)
+                seen.append(buffer, static_cast<size_t>(got));
         }
         return seen.find(text) != npos;
     }
 
     int finish()
     {
-        char buffer[4096];
-        for (ssize_t got; (got = read(terminal, buffer, sizeof buffer)) > 0;)
-            seen.append(buffer, static_cast<size_t>(got));
         int status = 0;
         waitpid(pid, &status, 0);
-        close(terminal);
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 };
@@ -179,22 +192,22 @@ TEST(RenderSafety, CtrlCAndSigtermRemoveTheTemporaryFileKeepTheOldOutputAndClear
         SCOPED_TRACE(signal);
         Scratch dir;
         // Silent and sparse: long to render (about two hours of audio), cheap to store.
-        ASSERT_TRUE(writeSilence(dir / "long.w64", SF_FORMAT_W64 | SF_FORMAT_FLOAT, 44100,
-                                 300000000));
+        ASSERT_TRUE(writeSilence(dir / "long.rf64", 44100, 300000000));
         std::ofstream(dir / "out.wav") << "an earlier render\n";
-        OnTerminal program(dir, {"--plot", "out.png", "long.w64", "out.wav"});
+        OnTerminal program(dir, {"--plot", "out.png", "long.rf64", "out.wav"});
         ASSERT_GT(program.pid, 0);
         // The bar is drawn, so the render is under way and its temporary files exist.
         ASSERT_TRUE(program.waitFor("] ")) << program.seen;
         EXPECT_NE(listing(dir).find(".out.wav."), npos) << listing(dir);
         kill(program.pid, signal);
         EXPECT_EQ(program.finish(), status) << program.seen;
-        // The line is cleared: carriage return, blanks over the bar, carriage return.
+        // The line is cleared: carriage return, blanks over the bar, carriage return, last.
         const std::string cleared = "\r" + std::string(48, ' ') + "\r";
-        EXPECT_EQ(program.seen.substr(program.seen.size() - cleared.size()), cleared)
+        EXPECT_TRUE(program.waitFor(cleared, 10)) << program.seen;
+        EXPECT_EQ(program.seen.rfind(cleared), program.seen.size() - cleared.size())
             << program.seen;
         EXPECT_EQ(readText(dir / "out.wav"), "an earlier render\n");
-        EXPECT_EQ(listing(dir), "long.w64\nout.wav\n");
+        EXPECT_EQ(listing(dir), "long.rf64\nout.wav\n");
     }
 }
 

@@ -125,6 +125,25 @@ bool copyAll(int from, int to, std::string& error)
     }
 }
 
+// The descriptor a name such as /dev/stdout or /dev/fd/3 stands for, or -1. Written into
+// directly: reopening it fails where it is a socket.
+int descriptorNamed(const std::string& path)
+{
+    if (path == "/dev/stdout")
+        return STDOUT_FILENO;
+    if (path == "/dev/stderr")
+        return STDERR_FILENO;
+    for (const std::string prefix : {"/dev/fd/", "/proc/self/fd/"}) {
+        if (path.rfind(prefix, 0) != 0 || path.size() == prefix.size())
+            continue;
+        const std::string number = path.substr(prefix.size());
+        if (number.find_first_not_of("0123456789") != std::string::npos || number.size() > 6)
+            return -1;
+        return std::atoi(number.c_str());
+    }
+    return -1;
+}
+
 } // namespace
 
 FileIdentity identityOf(const std::string& path, int standardDescriptor)
@@ -170,6 +189,7 @@ std::unique_ptr<OutputTarget> OutputTarget::open(const std::string& path, const 
             }
             output->stream = true;
             output->target = path;
+            output->into = descriptorNamed(path);
             output->file = unnamedTemporaryFile(error);
             return output->file < 0 ? nullptr : std::move(output);
         }
@@ -253,18 +273,19 @@ OutputTarget::~OutputTarget()
 bool OutputTarget::commit(std::string& error)
 {
     if (stream) {
-        int into = STDOUT_FILENO;
-        if (!target.empty()) {
-            // No O_CREAT, no O_TRUNC: the device or FIFO is written into as it is.
-            into = ::open(target.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC);
-            if (into < 0) {
-                error = "cannot write " + quoted(named) + ": " + std::strerror(errno);
-                return false;
-            }
+        // Standard output, a descriptor named as a file (/dev/stdout), or a device or FIFO
+        // opened now, with no O_CREAT and no O_TRUNC: written into as it is.
+        const bool opened = !target.empty() && into < 0;
+        const int destination =
+            opened ? ::open(target.c_str(), O_WRONLY | O_NOCTTY | O_CLOEXEC)
+                   : into >= 0 ? into : STDOUT_FILENO;
+        if (destination < 0) {
+            error = "cannot write " + quoted(named) + ": " + std::strerror(errno);
+            return false;
         }
         std::string problem;
-        const bool copied = copyAll(file, into, problem);
-        if (into != STDOUT_FILENO && close(into) != 0 && copied)
+        const bool copied = copyAll(file, destination, problem);
+        if (opened && close(destination) != 0 && copied)
             problem = std::strerror(errno);
         if (!copied || !problem.empty()) {
             error = "cannot write " + (target.empty() ? std::string("standard output")

@@ -57,6 +57,7 @@ private:
     std::string target;    // the file renamed over, or the stream opened at the end
     std::string temporary; // beside `target`; empty for a stream
     int file = -1;
+    int into = -1;         // a stream named by its descriptor (/dev/stdout): written directly
     int slot = -1;         // of the temporary path registered for removal on an interrupt
     bool stream = false;
     bool committed = false;

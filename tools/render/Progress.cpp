@@ -54,12 +54,13 @@ void ProgressBar::update(int64_t framesDone)
         return;
     lastDrawn = now;
     drawn = true;
+    // Marked before it is drawn, so that an interrupt at any moment after clears it.
+    setProgressLineShown(true, kBarWidth + 8);
     const double fraction = std::clamp(static_cast<double>(framesDone) / total, 0.0, 1.0);
     const int filled = static_cast<int>(fraction * kBarWidth);
     std::fprintf(stderr, "\r[%s%s] %3d%%", std::string(filled, '#').c_str(),
                  std::string(kBarWidth - filled, '.').c_str(), static_cast<int>(fraction * 100));
     std::fflush(stderr);
-    setProgressLineShown(true, kBarWidth + 8);
 }
 
 void ProgressBar::finish()

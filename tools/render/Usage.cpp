@@ -5,6 +5,7 @@ std::string usageText()
     return "Usage: hvtremolo-render [OPTIONS] INPUT OUTPUT\n"
            "       hvtremolo-render [OPTIONS] --demo OUTPUT\n"
            "       hvtremolo-render --list [--plugin PATH.so] [--program P] [--param K=V]...\n"
+           "                               [--sample-rate HZ]\n"
            "       hvtremolo-render --help | --version\n"
            R"HELP(
 Renders a sound file through the HvTremolo plug-in, loaded the way any VST 2.4 host loads it,
