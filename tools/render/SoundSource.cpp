@@ -20,7 +20,8 @@ class SoundFileSource : public SoundSource {
 public:
     SoundFileSource(SNDFILE* file, const SF_INFO& info, const std::string& path, int blockSize)
         : file(file), info(info), path(path),
-          interleaved(static_cast<size_t>(blockSize) * static_cast<size_t>(info.channels))
+          interleaved(static_cast<size_t>(std::max(blockSize, kReadFrames)) *
+                      static_cast<size_t>(info.channels))
     {
     }
     ~SoundFileSource() override { sf_close(file); }
@@ -41,34 +42,56 @@ public:
 
     int read(float* left, float* right, int count) override
     {
-        // libsndfile may hand out a file in smaller pieces than asked for; keep asking until the
-        // block is full, so that every block but the last has exactly the size asked for.
+        // Every block but the last has exactly the size asked for, however libsndfile hands
+        // out the file; it is read in large pieces, which saves system calls.
+        const int stride = info.channels;
         int filled = 0;
         while (filled < count) {
-            float* at = interleaved.data() + static_cast<size_t>(filled) * info.channels;
-            const sf_count_t got = sf_readf_float(file, at, count - filled);
-            if (got <= 0)
-                break;
-            filled += static_cast<int>(got);
-        }
-        if (sf_error(file) != SF_ERR_NO_ERROR) {
-            errorText = (path == "-" ? std::string("cannot read standard input: ")
-                                     : "cannot read '" + path + "': ") + sf_strerror(file);
-            return -1;
-        }
-        const int stride = info.channels;
-        for (int i = 0; i < filled; ++i) {
-            left[i] = interleaved[static_cast<size_t>(i) * stride];
-            right[i] = interleaved[static_cast<size_t>(i) * stride + stride - 1];
+            if (next == buffered && !refill())
+                return -1;
+            if (next == buffered)
+                break; // the end
+            const int taken = std::min(count - filled, buffered - next);
+            for (int i = 0; i < taken; ++i) {
+                const size_t at = static_cast<size_t>(next + i) * stride;
+                left[filled + i] = interleaved[at];
+                right[filled + i] = interleaved[at + stride - 1];
+            }
+            filled += taken;
+            next += taken;
         }
         return filled;
     }
 
 private:
+    static constexpr int kReadFrames = 16384;
+
+    // Reads the next piece; false on a read error. At the end, `buffered` stays 0.
+    bool refill()
+    {
+        next = buffered = 0;
+        const auto capacity = static_cast<sf_count_t>(interleaved.size() / info.channels);
+        while (buffered < capacity) {
+            float* at = interleaved.data() + static_cast<size_t>(buffered) * info.channels;
+            const sf_count_t got = sf_readf_float(file, at, capacity - buffered);
+            if (got <= 0)
+                break;
+            buffered += static_cast<int>(got);
+        }
+        if (sf_error(file) != SF_ERR_NO_ERROR) {
+            errorText = (path == "-" ? std::string("cannot read standard input: ")
+                                     : "cannot read '" + path + "': ") + sf_strerror(file);
+            return false;
+        }
+        return true;
+    }
+
     SNDFILE* file;
     SF_INFO info;
     std::string path;
     std::vector<float> interleaved;
+    int buffered = 0; // frames in `interleaved`
+    int next = 0;     // the first of them not yet handed out
 };
 
 class DemoSource : public SoundSource {
