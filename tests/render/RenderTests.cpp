@@ -44,7 +44,8 @@ TEST(RenderOutput, EqualsTheModuleDrivenDirectlyBitForBit)
     for (const Case& c : cases) {
         SCOPED_TRACE(c.options + " " + (c.input ? c.input : "demo"));
         Scratch dir;
-        Sound input{c.rate, 1, 0, makeDemoSignal(c.rate)};
+        // The demo is made only where it is rendered: it takes a while under valgrind.
+        Sound input{c.rate, 1, 0, c.input ? std::vector<float>() : makeDemoSignal(c.rate)};
         if (c.input) {
             Sound made = tone(c.rate, c.channels, c.format);
             if (c.nonFinite) {

@@ -105,11 +105,13 @@ TEST(RenderSafety, RefusesWritesThroughLinksAndIntoDevicesAndLeavesNothingBehind
          "{R} --plugin " + quote(HVT_CRASHING_MODULE_PATH) + " long.wav out.wav", 134, "",
          untouched("out.wav")},
     };
+    const Sound in = tone(44100, 2, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const Sound longer = tone(44100, 2, kFloatWav, 441000);
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         Scratch dir;
-        ASSERT_TRUE(writeSoundWith(dir / "in.wav", tone(44100, 2, SF_FORMAT_WAV | SF_FORMAT_PCM_16)));
-        ASSERT_TRUE(writeSound(dir / "long.wav", tone(44100, 2, kFloatWav, 441000)));
+        ASSERT_TRUE(writeSoundWith(dir / "in.wav", in));
+        ASSERT_TRUE(writeSound(dir / "long.wav", longer));
         std::ofstream(dir / "out.wav") << old;
         std::ofstream(dir / "out.aiff") << old;
         ASSERT_EQ(render(dir, "-q in.wav reference.wav").status, 0);
