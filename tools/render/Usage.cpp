@@ -88,7 +88,7 @@ there: a float output keeps them as the plug-in made them, other outputs get 0 f
 scale for infinity.
 
 Exit status: 0 on success, 1 when the work fails, 2 for a wrong command line (nothing is
-written then), 130 after Ctrl-C (SIGINT) and 143 after SIGTERM.
+written then), 130 after Ctrl-C (SIGINT), 143 after SIGTERM and 129 after SIGHUP.
 
 Examples:
   hvtremolo-render --demo --plot demo.png demo.wav
