@@ -12,26 +12,53 @@
 #include <string>
 
 #include "editor/EffectParameters.h"
+#include "engine/Parameters.h"
 #include "effect/VstXSynth.h"
 #include "panel/HalvoUiView10.h"
 #include "panel/PanelLayout.h"
 #include "panel/PictureNames.h"
 #include "platform/Renderer.h"
+#include "tools/Version.h"
 
 namespace {
 
 int usage()
 {
     std::fprintf(stderr, "usage: hvtremolo-panel [--program N] [--param INDEX=VALUE]... "
-                         "[--scale 1|2|3] OUT.png\n");
+                         "[--scale 1|2|3] OUT.png (see --help)
+");
     return 2;
+}
+
+int help()
+{
+    std::printf("Usage: hvtremolo-panel [--program N] [--param INDEX=VALUE]... [--scale 1|2|3] OUT.png\n"
+                "       hvtremolo-panel --help | --version\n\n"
+                "Draws the plug-in's control panel into a PNG file, without any window system,\n"
+                "as an editor opening at that moment would show it: the panel is built over a\n"
+                "real tremolo effect holding program N after the given parameter values.\n\n"
+                "  OUT.png            the picture to write, 253 x 400 pixels times the scale\n"
+                "  --program N        factory program N, 0 to 9 (default 0, Wurli Classic)\n"
+                "  --param INDEX=VALUE\n"
+                "                     set parameter INDEX (0 to 5: 0 Tremolo Depth, 1 Tremolo\n"
+                "                     Speed, 2 Stereo Panner, 3 Panner Speed, 4 Mix, 0 to 1;\n"
+                "                     5 Sample Rate, 7 to 10) to VALUE after the program;\n"
+                "                     repeatable, applied in the order given\n"
+                "  --scale 1|2|3      draw the panel at that many pixels a point (default 1),\n"
+                "                     from the pictures made for that scale, as an editor on\n"
+                "                     a high-density screen shows it\n"
+                "  --help, -h         print this text\n"
+                "  --version          print the program's name and version\n\n"
+                "Exit status: 0 when the picture is written, 1 when it cannot be, 2 for a\n"
+                "wrong command line.\n");
+    return 0;
 }
 
 bool parseParameter(const char* text, int& index, float& value)
 {
     char* end = nullptr;
     const long parsedIndex = std::strtol(text, &end, 10);
-    if (end == text || *end != '=' || parsedIndex < 0 || parsedIndex > 5)
+    if (end == text || *end != '=' || parsedIndex < 0 || parsedIndex >= kNumParameters)
         return false;
     const char* valueText = end + 1;
     value = std::strtof(valueText, &end);
@@ -50,6 +77,12 @@ int main(int argc, char** argv)
     int scale = 1;
     for (int i = 1; i < argc; ++i) {
         const bool hasValue = i + 1 < argc;
+        if (std::strcmp(argv[i], "--help") == 0 || std::strcmp(argv[i], "-h") == 0)
+            return help();
+        if (std::strcmp(argv[i], "--version") == 0) {
+            std::printf("hvtremolo-panel %s\n", HVT_VERSION);
+            return 0;
+        }
         if (std::strcmp(argv[i], "--param") == 0 && hasValue) {
             int index = 0;
             float value = 0.0f;

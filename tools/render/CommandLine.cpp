@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <strings.h>
 
 namespace {
 
@@ -10,8 +11,6 @@ namespace {
 constexpr int kLargestBlock = 65536;
 constexpr int kLowestSampleRate = 1000;
 constexpr int kHighestSampleRate = 768000;
-constexpr int kNumPrograms = 10;
-constexpr int kNumParameters = 6;
 
 // The whole text must be a decimal integer: "12abc", "", " 1" and "1.5" are refused.
 bool parseInteger(const std::string& text, long& result)
@@ -40,6 +39,12 @@ std::string quoted(const std::string& text)
     return "'" + text + "'";
 }
 
+bool endsWithPng(const std::string& path)
+{
+    return path.size() > 4 && strcasecmp(path.c_str() + path.size() - 4, ".png") == 0 &&
+           path[path.size() - 5] != '/';
+}
+
 class Parser {
 public:
     explicit Parser(const std::vector<std::string>& arguments) : arguments(arguments) {}
@@ -50,6 +55,7 @@ public:
         bool optionsEnded = false;
         for (position = 0; position < arguments.size() && result.error.empty(); ++position) {
             const std::string& argument = arguments[position];
+            // A lone `-` is a file: standard input or output.
             if (optionsEnded || argument.size() < 2 || argument[0] != '-')
                 files.push_back(argument);
             else if (argument == "--")
@@ -59,6 +65,8 @@ public:
         }
         if (result.error.empty())
             placeFiles(files);
+        if (result.error.empty())
+            checkOutputs();
         return result;
     }
 
@@ -75,14 +83,24 @@ private:
         RenderOptions& options = result.options;
         if (name == "--help" || name == "-h")
             flag(name, attached, options.help);
+        else if (name == "--version")
+            flag(name, attached, options.version);
         else if (name == "--quiet" || name == "-q")
             flag(name, attached, options.quiet);
         else if (name == "--list")
             flag(name, attached, options.list);
+        else if (name == "--demo")
+            flag(name, attached, options.demo);
+        else if (name == "--keep-rate")
+            flag(name, attached, options.keepRate);
         else if (name == "--plugin")
             text(name, attached, options.pluginPath);
         else if (name == "--plot")
             text(name, attached, options.plotPath);
+        else if (name == "--type" || name == "-t")
+            type(name, attached);
+        else if (name == "--bits")
+            bits(name, attached);
         else if (name == "--program")
             program(name, attached);
         else if (name == "--param")
@@ -130,16 +148,39 @@ private:
             target = given;
     }
 
+    void type(const std::string& name, const std::optional<std::string>& attached)
+    {
+        std::string given;
+        if (!value(name, attached, given))
+            return;
+        const std::string extension = given.rfind('.', 0) == 0 ? given.substr(1) : given;
+        if (!containerFor(extension))
+            fail(name + " " + quoted(given) + " is not a type this program writes; give one of " +
+                 writableExtensions());
+        else
+            result.options.type = extension;
+    }
+
+    void bits(const std::string& name, const std::optional<std::string>& attached)
+    {
+        std::string given;
+        if (!value(name, attached, given))
+            return;
+        if (const auto parsed = parseBits(given))
+            result.options.bits = parsed;
+        else
+            fail(name + " " + quoted(given) + " is not 16, 24, 32 or float");
+    }
+
     void program(const std::string& name, const std::optional<std::string>& attached)
     {
         std::string given;
         if (!value(name, attached, given))
             return;
-        long number = 0;
-        if (!parseInteger(given, number) || number < 0 || number >= kNumPrograms)
-            fail("--program " + quoted(given) + " is not a program number 0 to 9");
+        if (given.empty())
+            fail(name + " needs a program number or name (see --list)");
         else
-            result.options.program = static_cast<int>(number);
+            result.options.program = given;
     }
 
     void parameter(const std::string& name, const std::optional<std::string>& attached)
@@ -148,18 +189,11 @@ private:
         if (!value(name, attached, given))
             return;
         const size_t equals = given.find('=');
-        if (equals == std::string::npos) {
-            fail("--param " + quoted(given) + " is not INDEX=VALUE");
+        if (equals == std::string::npos || equals == 0) {
+            fail("--param " + quoted(given) + " is not INDEX=VALUE or NAME=VALUE");
             return;
         }
-        const std::string indexText = given.substr(0, equals);
         const std::string valueText = given.substr(equals + 1);
-        long index = 0;
-        if (!parseInteger(indexText, index) || index < 0 || index >= kNumParameters) {
-            fail("--param " + quoted(given) + ": index " + quoted(indexText) +
-                 " is not a parameter 0 to 5");
-            return;
-        }
         float number = 0.0f;
         // NaN and infinity are refused: no parameter means anything with them.
         if (!parseFloat(valueText, number) || !std::isfinite(number)) {
@@ -167,7 +201,7 @@ private:
                  " is not a finite number");
             return;
         }
-        result.options.parameters.push_back({static_cast<int>(index), number});
+        result.options.parameters.push_back({given, given.substr(0, equals), number});
     }
 
     void block(const std::string& name, const std::optional<std::string>& attached)
@@ -200,26 +234,64 @@ private:
     void placeFiles(const std::vector<std::string>& files)
     {
         RenderOptions& options = result.options;
-        if (options.help)
+        if (options.help || options.version)
             return;
         if (options.list) {
             if (!files.empty())
-                fail("--list takes no files, only --plugin, --program and --param");
+                fail("--list takes no files, only --plugin, --program, --param and "
+                     "--sample-rate");
+            return;
+        }
+        if (options.demo) {
+            if (files.empty())
+                fail("missing OUTPUT: give --demo OUTPUT (see --help)");
+            else if (files.size() > 1)
+                fail("--demo renders the built-in demo, so it takes only OUTPUT, not " +
+                     quoted(files.front()) + " as INPUT");
+            else
+                options.outputPath = files.front();
             return;
         }
         if (files.empty()) {
-            fail("no OUTPUT.wav given (see --help)");
+            fail("missing INPUT and OUTPUT: give INPUT OUTPUT, or --demo OUTPUT (see --help)");
+            return;
+        }
+        if (files.size() == 1) {
+            // Never take a lone name as the output: it may well be the input, forgotten.
+            fail("missing OUTPUT: give INPUT OUTPUT, or --demo OUTPUT for the built-in demo; "
+                 "nothing was written");
             return;
         }
         if (files.size() > 2) {
-            fail("too many files: give at most INPUT and OUTPUT.wav");
+            fail("too many files: give INPUT and OUTPUT");
             return;
         }
-        options.outputPath = files.back();
-        if (files.size() == 2)
-            options.inputPath = files.front();
-        if (!options.inputPath.empty() && options.sampleRate)
+        options.inputPath = files[0];
+        options.outputPath = files[1];
+        if (options.sampleRate)
             fail("--sample-rate is only for the demo signal; an input file keeps its own rate");
+    }
+
+    void checkOutputs()
+    {
+        RenderOptions& options = result.options;
+        if (options.help || options.version || options.list)
+            return;
+        if (options.type.empty() && options.outputPath != "-") {
+            const std::string extension = extensionOf(options.outputPath);
+            if (!extension.empty() && !containerFor(extension)) {
+                fail("output " + quoted(options.outputPath) + ": unknown extension '." +
+                     extension + "'; give one of " + writableExtensions() +
+                     " (or --type EXT to choose)");
+                return;
+            }
+        }
+        if (!options.plotPath.empty()) {
+            if (!endsWithPng(options.plotPath))
+                fail("--plot " + quoted(options.plotPath) + " must name a .png file");
+            else if (options.plotPath == options.outputPath)
+                fail("--plot " + quoted(options.plotPath) + " names OUTPUT itself");
+        }
     }
 
     void fail(const std::string& message)
@@ -238,55 +310,4 @@ private:
 ParseResult parseCommandLine(const std::vector<std::string>& arguments)
 {
     return Parser(arguments).run();
-}
-
-std::string usageText()
-{
-    return R"(Usage:
-  hvtremolo-render [--plugin PATH.so] [--program N] [--param INDEX=VALUE]... [--block N]
-                   [--sample-rate HZ] [--plot FILE.png] [--quiet] [INPUT] OUTPUT.wav
-  hvtremolo-render --list [--plugin PATH.so] [--program N] [--param INDEX=VALUE]...
-  hvtremolo-render --help
-
-Renders an audio file through the HvTremolo plug-in, loaded the way any VST 2.4 host loads it,
-and writes the result as a stereo 32-bit float WAV file at the input's sample rate.
-
-  INPUT               any file libsndfile reads (WAV, FLAC, AIFF, OGG; 16/24/32-bit or float),
-                      mono or stereo; a mono file feeds both inputs of the plug-in.
-                      Without INPUT a built-in demo is rendered: 6 seconds of two sustained
-                      electric-piano chords, the same on both channels.
-  --plugin PATH.so    the module to load (default: HvTremolo.so next to this program)
-  --program N         factory program 0 to 9 (see --list). Without it the plug-in keeps its
-                      own default, program 0 "Wurli Classic": tremolo only, no panning, which
-                      is what a host gives you on first load. The demo keeps that default
-                      too, so you hear the plug-in as it comes; try --program 1 ("Waves") to
-                      hear the panner swing the sound between left and right.
-  --param INDEX=VALUE set parameter INDEX (0 to 5, see --list) to VALUE, a number passed to
-                      the plug-in exactly as written; repeatable, applied in the order given,
-                      always after --program (a program change would overwrite them)
-                      0 Tremolo Depth, 1 Tremolo Speed, 2 Stereo Panner, 3 Panner Speed and
-                      4 Mix take 0 to 1; 5 Sample Rate takes 7, 8, 9 or 10 (44.1, 48, 88.2
-                      or 96 kHz), the rate the modulation speeds are tuned for.
-  --block N           frames per processing call, 1 to 65536 (default 512); the last call of
-                      a file gets what is left
-  --sample-rate HZ    sample rate of the demo signal (default 44100); an input file keeps its own
-  --plot FILE.png     also draw a 1000 x 400 PNG of the envelopes (RMS over 30 ms, in dB)
-                      of the input (grey) and of the left (blue) and right (orange) output
-                      over time, titled with the plug-in's current program
-  --quiet, -q         print nothing but errors (no progress bar, no summary)
-  --list              print the ten programs and the six parameters with their current display
-                      texts (after --program and --param), then stop
-  --help, -h          print this text
-
-A progress bar appears on a terminal for inputs longer than 5 seconds. At the end one line sums
-up frames, seconds, speed relative to real time and the peak of each output channel; samples
-that are not finite numbers (NaN or infinity, which a float input may carry) are counted there.
-Nothing is left behind on failure: the output is written under a temporary name and renamed at
-the end. Exit status: 0 on success, 1 when the work fails, 2 for a wrong command line.
-
-Examples:
-  hvtremolo-render --plot demo.png demo.wav
-  hvtremolo-render --program 1 --plot waves.png waves.wav
-  hvtremolo-render --program 2 --param 4=0.8 guitar.flac guitar-warble.wav
-)";
 }

@@ -3,11 +3,15 @@
 #include <cairo.h>
 #include <fontconfig/fontconfig.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -17,12 +21,15 @@ struct Colour {
 constexpr Colour kInputColour{0.62, 0.62, 0.62};
 constexpr Colour kLeftColour{0.12, 0.40, 0.80};
 constexpr Colour kRightColour{0.93, 0.45, 0.05};
+constexpr Colour kBothColour{0.45, 0.20, 0.65};
 constexpr Colour kTextColour{0.10, 0.10, 0.10};
 constexpr Colour kGridColour{0.88, 0.88, 0.88};
 
 constexpr double kMarginLeft = 62.0;
 constexpr double kMarginRight = 18.0;
-constexpr double kMarginTop = 40.0;
+// The title and, below it, the legend: outside the plot area, so they never cover data.
+constexpr double kMarginTop = 52.0;
+constexpr double kLegendY = 38.0;
 constexpr double kMarginBottom = 46.0;
 
 // Quieter than this is drawn at the bottom edge: below it nothing is audible in a mix.
@@ -164,31 +171,38 @@ void drawEnvelope(cairo_t* cr, const Frame& f, const std::vector<float>& levels,
     cairo_restore(cr);
 }
 
-void drawLegend(cairo_t* cr, const Frame& f)
+// One row, right-aligned above the plot area.
+void drawLegend(cairo_t* cr, const Frame& f, bool sidesEqual)
 {
     struct Entry {
         const char* label;
         Colour colour;
     };
-    const Entry entries[] = {
-        {"input", kInputColour}, {"output left", kLeftColour}, {"output right", kRightColour}};
+    std::vector<Entry> entries = {{"input", kInputColour}};
+    if (sidesEqual)
+        entries.push_back({"output (L = R)", kBothColour});
+    else
+        entries.insert(entries.end(), {{"output left", kLeftColour}, {"output right", kRightColour}});
     cairo_set_font_size(cr, 12.0);
-    const double boxWidth = 120.0;
-    const double rowHeight = 17.0;
-    const double left = f.x1 - boxWidth - 10.0;
-    const double top = f.y0 + 10.0;
-    cairo_set_source_rgba(cr, 1.0, 1.0, 1.0, 0.85);
-    cairo_rectangle(cr, left, top, boxWidth, rowHeight * 3 + 8.0);
-    cairo_fill(cr);
-    for (int row = 0; row < 3; ++row) {
-        const double y = top + 4.0 + rowHeight * (row + 0.5);
-        setColour(cr, entries[row].colour);
+    constexpr double kSwatch = 24.0, kGap = 6.0, kSpacing = 18.0;
+    double width = 0.0;
+    for (const Entry& entry : entries) {
+        cairo_text_extents_t extents;
+        cairo_text_extents(cr, entry.label, &extents);
+        width += kSwatch + kGap + extents.x_advance + kSpacing;
+    }
+    double x = f.x1 - (width - kSpacing);
+    for (const Entry& entry : entries) {
+        setColour(cr, entry.colour);
         cairo_set_line_width(cr, 3.0);
-        cairo_move_to(cr, left + 8.0, y);
-        cairo_line_to(cr, left + 32.0, y);
+        cairo_move_to(cr, x, kLegendY);
+        cairo_line_to(cr, x + kSwatch, kLegendY);
         cairo_stroke(cr);
         setColour(cr, kTextColour);
-        drawText(cr, entries[row].label, left + 40.0, y, 0.0, 0.5);
+        drawText(cr, entry.label, x + kSwatch + kGap, kLegendY, 0.0, 0.5);
+        cairo_text_extents_t extents;
+        cairo_text_extents(cr, entry.label, &extents);
+        x += kSwatch + kGap + extents.x_advance + kSpacing;
     }
 }
 
@@ -205,7 +219,22 @@ double topOfScale(const PlotData& data)
 }
 
 
-bool drawEnvelopePlot(const PlotData& data, const std::string& path, std::string& error)
+cairo_status_t writeToDescriptor(void* closure, const unsigned char* data, unsigned int length)
+{
+    const int descriptor = *static_cast<int*>(closure);
+    while (length > 0) {
+        const ssize_t written = write(descriptor, data, length);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return CAIRO_STATUS_WRITE_ERROR;
+        data += written;
+        length -= static_cast<unsigned int>(written);
+    }
+    return CAIRO_STATUS_SUCCESS;
+}
+
+bool drawEnvelopePlot(const PlotData& data, int descriptor, std::string& error)
 {
     using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
     using Context = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
@@ -226,18 +255,31 @@ bool drawEnvelopePlot(const PlotData& data, const std::string& path, std::string
                       .topDb = topOfScale(data)};
     drawAxes(cr, frame);
     drawEnvelope(cr, frame, data.input, data.secondsPerLevel, kInputColour, 2.0);
-    // Left is drawn wider beneath right, so both stay visible where they are equal.
-    drawEnvelope(cr, frame, data.left, data.secondsPerLevel, kLeftColour, 3.0);
-    drawEnvelope(cr, frame, data.right, data.secondsPerLevel, kRightColour, 1.2);
-    drawLegend(cr, frame);
+    if (data.sidesEqual) {
+        drawEnvelope(cr, frame, data.left, data.secondsPerLevel, kBothColour, 2.0);
+    } else {
+        // Left is drawn wider beneath right, so both stay visible where they are equal.
+        drawEnvelope(cr, frame, data.left, data.secondsPerLevel, kLeftColour, 3.0);
+        drawEnvelope(cr, frame, data.right, data.secondsPerLevel, kRightColour, 1.2);
+    }
+    drawLegend(cr, frame, data.sidesEqual);
 
     setColour(cr, kTextColour);
     cairo_select_font_face(cr, "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
-    cairo_set_font_size(cr, 15.0);
-    drawText(cr, data.title, kPlotWidth / 2.0, 12.0, 0.5, 0.0);
+    // A long title is set smaller, so that it always fits the width.
+    double titleSize = 15.0;
+    cairo_set_font_size(cr, titleSize);
+    cairo_text_extents_t title;
+    cairo_text_extents(cr, data.title.c_str(), &title);
+    if (title.width > kPlotWidth - 20.0) {
+        titleSize *= (kPlotWidth - 20.0) / title.width;
+        cairo_set_font_size(cr, titleSize);
+    }
+    drawText(cr, data.title, kPlotWidth / 2.0, 8.0, 0.5, 0.0);
 
     cairo_surface_flush(surface.get());
-    const cairo_status_t status = cairo_surface_write_to_png(surface.get(), path.c_str());
+    const cairo_status_t status =
+        cairo_surface_write_to_png_stream(surface.get(), writeToDescriptor, &descriptor);
     if (status != CAIRO_STATUS_SUCCESS) {
         error = std::string("cannot write plot: ") + cairo_status_to_string(status);
         return false;
@@ -247,9 +289,9 @@ bool drawEnvelopePlot(const PlotData& data, const std::string& path, std::string
 
 } // namespace
 
-bool writeEnvelopePlot(const PlotData& data, const std::string& path, std::string& error)
+bool writeEnvelopePlot(const PlotData& data, int descriptor, std::string& error)
 {
-    const bool written = drawEnvelopePlot(data, path, error);
+    const bool written = drawEnvelopePlot(data, descriptor, error);
     // Cairo and fontconfig keep font caches for the life of the process; they are let go here,
     // with every cairo object already destroyed, so leak checkers see a clean exit.
     cairo_debug_reset_static_data();

@@ -16,7 +16,8 @@ struct PlotData {
     std::vector<float> input; // dB per window
     std::vector<float> left;
     std::vector<float> right;
+    bool sidesEqual = false; // left equals right: one line, "output (L = R)"
 };
 
-// Writes a kPlotWidth x kPlotHeight PNG; on failure `error` says why.
-bool writeEnvelopePlot(const PlotData& data, const std::string& path, std::string& error);
+// Writes a kPlotWidth x kPlotHeight PNG into `descriptor`; on failure `error` says why.
+bool writeEnvelopePlot(const PlotData& data, int descriptor, std::string& error);

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
+
+#include "tools/render/Interrupts.h"
 
 namespace {
 
@@ -32,6 +35,8 @@ void OutputStats::add(const float* left, const float* right, int count)
                 ++nonFinite;
         }
     }
+    if (sidesEqual && std::memcmp(left, right, sizeof(float) * static_cast<size_t>(count)) != 0)
+        sidesEqual = false;
     frames += count;
 }
 
@@ -49,6 +54,8 @@ void ProgressBar::update(int64_t framesDone)
         return;
     lastDrawn = now;
     drawn = true;
+    // Marked before it is drawn, so that an interrupt at any moment after clears it.
+    setProgressLineShown(true, kBarWidth + 8);
     const double fraction = std::clamp(static_cast<double>(framesDone) / total, 0.0, 1.0);
     const int filled = static_cast<int>(fraction * kBarWidth);
     std::fprintf(stderr, "\r[%s%s] %3d%%", std::string(filled, '#').c_str(),
@@ -60,9 +67,12 @@ void ProgressBar::finish()
 {
     if (enabled && drawn)
         std::fprintf(stderr, "\r%*s\r", kBarWidth + 8, "");
+    drawn = false;
+    setProgressLineShown(false, 0);
 }
 
-std::string summaryLine(const OutputStats& stats, int sampleRate, double elapsedSeconds)
+std::string summaryLine(const OutputStats& stats, int sampleRate, double elapsedSeconds,
+                        const std::string& tuning)
 {
     const double seconds = static_cast<double>(stats.frames) / sampleRate;
     char text[256];
@@ -73,6 +83,8 @@ std::string summaryLine(const OutputStats& stats, int sampleRate, double elapsed
         std::snprintf(text, sizeof text, " (%.0fx real time)", seconds / elapsedSeconds);
         line += text;
     }
+    if (!tuning.empty())
+        line += ", " + tuning;
     line += "; peak L " + dbfs(stats.peak[0]) + ", R " + dbfs(stats.peak[1]);
     if (stats.nonFinite > 0)
         line += "; " + std::to_string(stats.nonFinite) + " output samples are NaN or infinite";

@@ -11,6 +11,7 @@ struct OutputStats {
     int64_t frames = 0;
     float peak[2] = {0.0f, 0.0f}; // of the finite samples, per channel
     int64_t nonFinite = 0;
+    bool sidesEqual = true; // every left sample the same, bit for bit, as its right one
 
     void add(const float* left, const float* right, int frames);
 };
@@ -30,5 +31,7 @@ private:
     bool drawn = false;
 };
 
-// "264600 frames, 6.00 s at 44100 Hz in 0.03 s (200x real time); peak L -6.0 dBFS, R -6.0 dBFS"
-std::string summaryLine(const OutputStats& stats, int sampleRate, double elapsedSeconds);
+// "264600 frames, 6.00 s at 44100 Hz in 0.03 s (200x real time), tuned for 44.1 kHz;
+//  peak L -6.0 dBFS, R -6.0 dBFS" (one line; `tuning` left out when empty)
+std::string summaryLine(const OutputStats& stats, int sampleRate, double elapsedSeconds,
+                        const std::string& tuning);

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 class SoundSource {
@@ -14,6 +15,9 @@ public:
     virtual int channels() const = 0;   // 1 or 2
     virtual int sampleRate() const = 0;
     virtual int64_t frames() const = 0; // -1 when the file does not say
+    virtual int format() const = 0;     // libsndfile's SF_FORMAT_* of the input
+    // Text tags by libsndfile's SF_STR_* number.
+    virtual std::vector<std::pair<int, std::string>> tags() const { return {}; }
 
     // Fills up to `count` frames of both sides (count at most the block size the source was
     // opened for) and returns how many it filled: fewer only at the end, 0 after it, -1 on a
@@ -25,8 +29,10 @@ protected:
     std::string errorText;
 };
 
-// Opens a sound file for blocks of at most `blockSize` frames. On failure returns null and
-// `error` names the problem in one line.
+// Opens a sound file for blocks of at most `blockSize` frames; `-` is standard input. Input that
+// cannot seek (standard input, a FIFO, a device) is read whole into an unnamed temporary file
+// first, since FLAC, OGG and others need to seek. On failure returns null and `error` names the
+// problem in one line.
 std::unique_ptr<SoundSource> openSoundFile(const std::string& path, int blockSize,
                                            std::string& error);
 
