@@ -48,42 +48,25 @@ int main(int argc, char** argv)
         } else if (!std::strcmp(argv[i], "--log-host-calls")) {
             logCalls = true;
         } else if (!std::strcmp(argv[i], "--version")) {
-            std::printf("hvtremolo-editor %s
-", HVT_VERSION);
+            std::printf("hvtremolo-editor %s\n", HVT_VERSION);
             return 0;
         } else if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) {
-            std::printf("Usage: hvtremolo-editor [--plugin PATH.so] [--log-host-calls]
-"
-                        "       hvtremolo-editor --help | --version
-
-"
-                        "Shows the plug-in's panel in a window of its own, without a host: loads
-"
-                        "the module as a host does and opens its editor; close the window to quit.
-"
-                        "Needs an X display (DISPLAY); GDK_SCALE=2 or 3 draws it larger.
-
-"
-                        "  --plugin PATH.so  the module to load (default: HvTremolo.so next to
-"
-                        "                    this program, else ../lib/vst/HvTremolo.so)
-"
-                        "  --log-host-calls  print every call the plug-in makes into the host
-"
-                        "  --help, -h        print this text
-"
-                        "  --version         print the program's name and version
-
-"
-                        "Exit status: 0 when the window is closed, 1 when the module or the
-"
-                        "window cannot be opened, 2 for a wrong command line.
-");
+            std::printf("Usage: hvtremolo-editor [--plugin PATH.so] [--log-host-calls]\n"
+                        "       hvtremolo-editor --help | --version\n\n"
+                        "Shows the plug-in's panel in a window of its own, without a host: loads\n"
+                        "the module as a host does and opens its editor; close the window to quit.\n"
+                        "Needs an X display (DISPLAY); GDK_SCALE=2 or 3 draws it larger.\n\n"
+                        "  --plugin PATH.so  the module to load (default: HvTremolo.so next to\n"
+                        "                    this program, else ../lib/vst/HvTremolo.so)\n"
+                        "  --log-host-calls  print every call the plug-in makes into the host\n"
+                        "  --help, -h        print this text\n"
+                        "  --version         print the program's name and version\n\n"
+                        "Exit status: 0 when the window is closed, 1 when the module or the\n"
+                        "window cannot be opened, 2 for a wrong command line.\n");
             return 0;
         } else {
             std::fprintf(stderr, "usage: hvtremolo-editor [--plugin PATH.so] [--log-host-calls] "
-                                 "(see --help)
-");
+                                 "(see --help)\n");
             return 2;
         }
     }

@@ -25,8 +25,7 @@ namespace {
 int usage()
 {
     std::fprintf(stderr, "usage: hvtremolo-panel [--program N] [--param INDEX=VALUE]... "
-                         "[--scale 1|2|3] OUT.png (see --help)
-");
+                         "[--scale 1|2|3] OUT.png (see --help)\n");
     return 2;
 }
 
