@@ -126,13 +126,7 @@ hosts_find /usr/lib/vst "$with_lv2"
 # The command-line host from /usr/bin, on its own module.
 [ "$(user sh -c 'command -v hvtremolo-render')" = /usr/bin/hvtremolo-render ] ||
     fail "hvtremolo-render is not /usr/bin/hvtremolo-render"
-if user hvtremolo-render --help 2>&1 | grep -q -- --demo; then
-    (cd "$scratch" && user hvtremolo-render -q --demo demo.wav) || fail "hvtremolo-render --demo fails"
-else
-    # Until the --demo form of the render rework is merged: the older form renders the demo.
-    echo "note: this hvtremolo-render has no --demo; rendered the demo with its older form"
-    (cd "$scratch" && user hvtremolo-render -q demo.wav) || fail "hvtremolo-render fails"
-fi
+(cd "$scratch" && user hvtremolo-render -q --demo demo.wav) || fail "hvtremolo-render --demo fails"
 # Six seconds of stereo float at 44.1 kHz.
 [ "$(stat -c %s "$scratch/demo.wav" 2>/dev/null || echo 0)" -gt 2000000 ] ||
     fail "hvtremolo-render wrote no demo"
