@@ -10,6 +10,7 @@
 
 #include "panel/FlatKnob10.h"
 #include "panel/HalvoUiView10.h"
+#include "panel/PanelLayout.h"
 #include "platform/MouseTracker.h"
 #include "platform/Renderer.h"
 
@@ -19,7 +20,8 @@ struct PanelOnScreen {
     explicit PanelOnScreen(int scale)
         : scale(scale),
           panel(HalvoUiView10::kFrame, nullptr, scale),
-          target(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 253 * scale, 400 * scale)),
+          target(cairo_image_surface_create(CAIRO_FORMAT_RGB24, panel_layout::kPanelWidth * scale,
+                                            panel_layout::kPanelHeight * scale)),
           cr(cairo_create(target))
     {
         panel.awakeFromNib();
@@ -114,7 +116,8 @@ BENCHMARK(dragStepWithReadout)->Arg(1)->Arg(2)->Unit(benchmark::kMicrosecond);
 void buildAndDraw(benchmark::State& state)
 {
     const int scale = static_cast<int>(state.range(0));
-    cairo_surface_t* target = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 253 * scale, 400 * scale);
+    cairo_surface_t* target = cairo_image_surface_create(
+        CAIRO_FORMAT_RGB24, panel_layout::kPanelWidth * scale, panel_layout::kPanelHeight * scale);
     cairo_t* cr = cairo_create(target);
     for (auto _ : state) {
         HalvoUiView10 panel(HalvoUiView10::kFrame, nullptr, scale);

@@ -10,6 +10,7 @@
 #include <thread>
 #include <vector>
 
+#include "panel/PanelLayout.h"
 #include "tools/Version.h"
 #include "tools/editor/halvoCustomWindow10.h"
 #include "tools/vsthost/HostCallLog.h"
@@ -80,8 +81,8 @@ int main(int argc, char** argv)
     }
     ERect* rect = nullptr;
     plugin->dispatch(effEditGetRect, 0, 0, &rect);
-    const int width = rect ? rect->right - rect->left : 253;
-    const int height = rect ? rect->bottom - rect->top : 400;
+    const int width = rect ? rect->right - rect->left : panel_layout::kPanelWidth;
+    const int height = rect ? rect->bottom - rect->top : panel_layout::kPanelHeight;
     plugin->dispatch(effOpen);
     halvoCustomWindow10 window(*plugin, width, height);
     if (!window.show()) {
