@@ -171,9 +171,12 @@ TEST_F(HostCalls, ADragIsBegunEachChangedValueAutomatedAndEndedOnTheIdleThread)
     std::atomic<bool> stop{false};
     std::thread audio([&] {
         test_host::StereoBuffer in(64, 0.5f), out(64);
+        // A block about every millisecond, as a host's audio thread runs them: a loop that never
+        // waits would starve the idle thread under valgrind, whose threads take turns.
         for (int i = 0; !stop; ++i) {
             plugin->setParameter(kSampleRate, static_cast<float>(7 + i % 4));
             plugin->processReplacing(in.channels(), out.channels(), 64);
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     });
     drag(knobRect(4), {40, 120, 380});
