@@ -9,7 +9,8 @@ for program in $(find "$build/tests" -type f -perm -u+x -name "*_tests" | sort);
   # Debug information is kept after dlclose so that leaks inside the module can be named.
   # Fair scheduling: a test thread that never blocks must not starve the others.
   if ! valgrind --quiet --fair-sched=yes --error-exitcode=99 --leak-check=full \
-       --errors-for-leak-kinds=definite --keep-debuginfo=yes --suppressions="$(dirname "$0")/valgrind.supp" \
+       --errors-for-leak-kinds=definite --keep-debuginfo=yes \
+       --suppressions="$(dirname "$0")/valgrind.supp" \
        "$program" --gtest_brief=1 > "$program.valgrind.log" 2>&1; then
     cat "$program.valgrind.log"
     status=1
