@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "tests/editor/EditorFixture.h"
+#include "tests/harness/XServer.h"
 
 namespace {
 
@@ -132,13 +133,7 @@ TEST(EditorPreviewTool, ShowsThePanelInAWindowOfItsOwnUntilTheWindowGoes)
     ASSERT_TRUE(server.running());
     const pid_t tool = spawn({HVT_EDITOR_TOOL});
     ASSERT_GT(tool, 0);
-    xcb_window_t window = 0;
-    const char* search = "timeout 10 xdotool search --sync --limit 1 --name '^HvTremolo$'";
-    if (FILE* found = popen(search, "r")) {
-        if (fscanf(found, "%u", &window) != 1)
-            window = 0;
-        pclose(found);
-    }
+    const xcb_window_t window = findWindowNamed("HvTremolo");
     xcb_connection_t* c = xcb_connect(nullptr, nullptr);
     auto shown = testing::AssertionFailure() << "no window named HvTremolo appeared";
     for (int i = 0; i < 50 && window && !shown; ++i) { // until the tool's idle has drawn

@@ -270,13 +270,7 @@ TEST(EditorToolLog, PrintsEachCallOfADragWithItsThread)
     unsetenv("HVTREMOLO_SILENT_PANEL");
     FILE* out = popen("exec timeout 60 " HVT_EDITOR_TOOL " --log-host-calls", "r");
     ASSERT_TRUE(out);
-    xcb_window_t window = 0;
-    const char* search = "timeout 10 xdotool search --sync --limit 1 --name '^HvTremolo$'";
-    if (FILE* found = popen(search, "r")) {
-        if (fscanf(found, "%u", &window) != 1)
-            window = 0;
-        pclose(found);
-    }
+    const xcb_window_t window = findWindowNamed("HvTremolo");
     // The press must find the editor's child window in place.
     xcb_connection_t* c = xcb_connect(nullptr, nullptr);
     for (int i = 0; i < 100 && window; ++i) {

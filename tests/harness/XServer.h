@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -54,3 +55,17 @@ private:
     xcb_connection_t* keepAlive = nullptr;
     std::string name;
 };
+
+// The first top-level window named exactly name, waiting up to ten seconds for it; 0 if none.
+inline xcb_window_t findWindowNamed(const std::string& name)
+{
+    xcb_window_t window = 0;
+    const std::string search =
+        "timeout 10 xdotool search --sync --limit 1 --name '^" + name + "$'";
+    if (FILE* found = popen(search.c_str(), "r")) {
+        if (fscanf(found, "%u", &window) != 1)
+            window = 0;
+        pclose(found);
+    }
+    return window;
+}
