@@ -217,7 +217,7 @@ void X11Window::handle(const xcb_generic_event_t& event)
         // The server grabs the pointer for us until release, so the drag follows the pointer
         // outside the window.
         if (press.detail == XCB_BUTTON_INDEX_1)
-            tracker.press(root, p, shift, clicks.press(press.time));
+            tracker.press(root, p, shift, clicks.press(press.time, press.event_x, press.event_y));
         // A wheel notch is a press and release of button 4 (up) or 5 (down); none during a drag.
         else if ((press.detail == XCB_BUTTON_INDEX_4 || press.detail == XCB_BUTTON_INDEX_5) &&
                  !tracker.dragging())
@@ -226,7 +226,7 @@ void X11Window::handle(const xcb_generic_event_t& event)
     }
     case XCB_MOTION_NOTIFY: {
         const auto& motion = reinterpret_cast<const xcb_motion_notify_event_t&>(event);
-        clicks.moved();
+        clicks.moved(motion.event_x, motion.event_y);
         if (tracker.dragging())
             tracker.drag(toView(motion.event_x, motion.event_y));
         else

@@ -42,6 +42,19 @@ PanelUi::PanelUi(LV2UI_Write_Function write, LV2UI_Controller controller, const 
 
 PanelUi::~PanelUi() = default;
 
+// The panel fills the root from its origin: the root's points are the panel's.
+void PanelUi::Root::mouseMoved(const MouseEvent& event)
+{
+    if (panel)
+        panel->mouseMoved(event);
+}
+
+void PanelUi::Root::mouseExited()
+{
+    if (panel)
+        panel->mouseExited();
+}
+
 std::unique_ptr<PanelUi> PanelUi::create(LV2UI_Write_Function write, LV2UI_Controller controller,
                                          const LV2_Feature* const* features, LV2UI_Widget* widget)
 {
@@ -71,20 +84,20 @@ void PanelUi::portEvent(uint32_t port, uint32_t size, uint32_t protocol, const v
     float value;
     std::memcpy(&value, buffer, sizeof value);
     const int32_t parameter = parameters.portEvent(port, value);
-    if (panel && parameter >= 0)
-        panel->updateView(parameter, parameters.getParameter(parameter));
+    if (root.panel && parameter >= 0)
+        root.panel->updateView(parameter, parameters.getParameter(parameter));
 }
 
 void PanelUi::idle()
 {
-    if (!panel) {
+    if (!root.panel) {
         auto built = std::make_unique<HalvoUiView10>(HalvoUiView10::kFrame, &parameters, scale);
         built->awakeFromNib();
-        panel = root.addSubview(std::move(built));
+        root.panel = root.addSubview(std::move(built));
     }
     window->handleEvents();
     if (parameters.takeRateRedisplay())
-        panel->updateView(kSampleRate, parameters.getParameter(kSampleRate));
-    panel->idle(std::chrono::steady_clock::now());
+        root.panel->updateView(kSampleRate, parameters.getParameter(kSampleRate));
+    root.panel->idle(std::chrono::steady_clock::now());
     window->draw();
 }

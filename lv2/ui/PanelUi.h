@@ -34,11 +34,21 @@ private:
     PanelUi(LV2UI_Write_Function write, LV2UI_Controller controller, const LV2UI_Touch* touch,
             int scale);
 
+    // The window's root view: holds the panel once it is built and passes it the pointer's
+    // moves and leaving, which the window gives the root alone (hover readout, and a readout
+    // going when the pointer leaves). Presses and the wheel find the panel by hit test.
+    class Root final : public View {
+    public:
+        using View::View;
+        void mouseMoved(const MouseEvent& event) override;
+        void mouseExited() override;
+        HalvoUiView10* panel = nullptr; // owned by this view
+    };
+
     // Declared in the order they are needed: the panel ends its open gestures through the
     // parameters when it goes, and the window goes before the views it shows.
     PortParameters parameters;
-    View root;                      // holds the panel once it is built
-    HalvoUiView10* panel = nullptr; // owned by root
+    Root root;
     std::unique_ptr<X11Window> window;
     int scale;
 };

@@ -412,6 +412,58 @@ TEST_F(Lv2UiInX, ARateButtonChoosesItsTuningAndPressedAgainReturnsToSessionRate)
     expectRateShown(*ui, 1);
 }
 
+// The whole window's pixels, as the server holds them.
+std::vector<uint32_t> windowPixels(xcb_connection_t* c, uint32_t window)
+{
+    std::vector<uint32_t> pixels;
+    auto* image = xcb_get_image_reply(
+        c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, window, 0, 0, kWidth, kHeight, ~0u),
+        nullptr);
+    if (image && xcb_get_image_data_length(image) >= kWidth * kHeight * 4) {
+        const auto* data = reinterpret_cast<const uint32_t*>(xcb_get_image_data(image));
+        for (int i = 0; i < kWidth * kHeight; ++i)
+            pixels.push_back(data[i] & 0xffffff);
+    }
+    free(image);
+    return pixels;
+}
+
+TEST_F(Lv2UiInX, TheReadoutShowsAfterAHoverAndGoesWhenThePointerMovesOffOrLeaves)
+{
+    auto ui = open({0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.0f, 7.0f});
+    ASSERT_TRUE(ui);
+    auto serveUi = [&] { serve(*ui); };
+    const std::string id = std::to_string(ui->widget);
+    const std::string x = std::to_string(kKnobs[2].x + kKnobs[2].w / 2);
+    const std::string y = std::to_string(kHeight - kKnobs[2].y - kKnobs[2].h / 2);
+    // The pointer at the panel's lower corner, away from every control.
+    ASSERT_TRUE(xdotool({"mousemove", "--window", id, "--sync", "5", "395"}, serveUi));
+    serveFor(100, serveUi);
+    const std::vector<uint32_t> plain = windowPixels(parent->connection(), ui->widget);
+    ASSERT_EQ(plain.size(), size_t{kWidth * kHeight});
+
+    // Resting over the stereo panner for more than half a second shows its readout.
+    ASSERT_TRUE(xdotool({"mousemove", "--window", id, "--sync", x, y}, serveUi));
+    serveFor(700, serveUi);
+    EXPECT_TRUE(windowPixels(parent->connection(), ui->widget) != plain) << "no readout on a hover";
+    // Moved off the knob within the panel, it goes and leaves the panel as it was.
+    ASSERT_TRUE(xdotool({"mousemove", "--window", id, "--sync", "5", "395"}, serveUi));
+    serveFor(100, serveUi);
+    EXPECT_TRUE(windowPixels(parent->connection(), ui->widget) == plain) << "the readout stayed";
+
+    // A wheel notch shows the readout too; the pointer leaving the UI's window takes it away.
+    ASSERT_TRUE(xdotool({"mousemove", "--window", id, "--sync", x, y, "click", "4"}, serveUi));
+    serveFor(100, serveUi);
+    EXPECT_EQ(ui->log.back(), "touch 6 0");
+    ASSERT_TRUE(xdotool({"mousemove", "--window", std::to_string(parent->id()), "--sync", "280",
+                         "20"},
+                        serveUi));
+    serveFor(100, serveUi);
+    ui->portEvent(6, 0.5f); // as the knob was, to compare with the panel before
+    serveFor(100, serveUi);
+    EXPECT_TRUE(windowPixels(parent->connection(), ui->widget) == plain) << "the readout stayed";
+}
+
 TEST_F(Lv2UiInX, ClosedMidDragItEndsTheTouchAndAParentDestroyedFirstCostsNothing)
 {
     auto ui = open({0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.0f, 7.0f});
