@@ -12,14 +12,6 @@
 
 namespace {
 
-const void* feature(const LV2_Feature* const* features, const char* uri)
-{
-    for (; features && *features; ++features)
-        if ((*features)->URI && std::strcmp((*features)->URI, uri) == 0)
-            return (*features)->data;
-    return nullptr;
-}
-
 // A number of any of the types hosts use for these options, or 0.
 float numberOf(const LV2_Options_Option& option, LV2_URID floatType, LV2_URID doubleType,
                LV2_URID intType)
@@ -43,12 +35,20 @@ float numberOf(const LV2_Options_Option& option, LV2_URID floatType, LV2_URID do
 
 } // namespace
 
+const void* hostFeature(const LV2_Feature* const* features, const char* uri)
+{
+    for (; features && *features; ++features)
+        if ((*features)->URI && std::strcmp((*features)->URI, uri) == 0)
+            return (*features)->data;
+    return nullptr;
+}
+
 HostOptions readHostOptions(const LV2_Feature* const* features)
 {
     HostOptions found;
-    const auto* map = static_cast<const LV2_URID_Map*>(feature(features, LV2_URID__map));
+    const auto* map = static_cast<const LV2_URID_Map*>(hostFeature(features, LV2_URID__map));
     const auto* options =
-        static_cast<const LV2_Options_Option*>(feature(features, LV2_OPTIONS__options));
+        static_cast<const LV2_Options_Option*>(hostFeature(features, LV2_OPTIONS__options));
     if (!map || !map->map || !options)
         return found;
     const LV2_URID scaleFactor = map->map(map->handle, LV2_UI__scaleFactor);

@@ -11,3 +11,6 @@ struct HostOptions {
 };
 
 HostOptions readHostOptions(const LV2_Feature* const* features);
+
+// The data of the host's feature uri, or null when the host does not offer it.
+const void* hostFeature(const LV2_Feature* const* features, const char* uri);

@@ -14,14 +14,6 @@
 
 namespace {
 
-const void* feature(const LV2_Feature* const* features, const char* uri)
-{
-    for (; features && *features; ++features)
-        if (std::strcmp((*features)->URI, uri) == 0)
-            return (*features)->data;
-    return nullptr;
-}
-
 // The host's ui:scaleFactor when it gives one, rounded to the whole scales the panel has pictures
 // for; else what the desktop asks for, as in the VST editor.
 int panelScale(float hostScaleFactor)
@@ -59,10 +51,10 @@ std::unique_ptr<PanelUi> PanelUi::create(LV2UI_Write_Function write, LV2UI_Contr
                                          const LV2_Feature* const* features, LV2UI_Widget* widget)
 {
     // The parent is the window's id itself, carried in the pointer.
-    const auto parent = reinterpret_cast<uintptr_t>(feature(features, LV2_UI__parent));
+    const auto parent = reinterpret_cast<uintptr_t>(hostFeature(features, LV2_UI__parent));
     if (!parent || !widget)
         return nullptr;
-    const auto* touch = static_cast<const LV2UI_Touch*>(feature(features, LV2_UI__touch));
+    const auto* touch = static_cast<const LV2UI_Touch*>(hostFeature(features, LV2_UI__touch));
     const HostOptions options = readHostOptions(features);
     std::unique_ptr<PanelUi> ui(
         new PanelUi(write, controller, touch, panelScale(options.scaleFactor)));
@@ -71,7 +63,7 @@ std::unique_ptr<PanelUi> PanelUi::create(LV2UI_Write_Function write, LV2UI_Contr
     if (!ui->window)
         return nullptr;
     *widget = reinterpret_cast<LV2UI_Widget>(uintptr_t{ui->window->id()});
-    if (const auto* resize = static_cast<const LV2UI_Resize*>(feature(features, LV2_UI__resize)))
+    if (const auto* resize = static_cast<const LV2UI_Resize*>(hostFeature(features, LV2_UI__resize)))
         resize->ui_resize(resize->handle, panel_layout::kPanelWidth * ui->scale,
                           panel_layout::kPanelHeight * ui->scale);
     return ui;

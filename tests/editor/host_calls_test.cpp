@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "panel/PanelLayout.h"
+#include "tests/harness/OnScreen.h"
 #include "tests/harness/TestHost.h"
 #include "tests/harness/XServer.h"
 #include "tests/panel/PictureCheck.h"
@@ -36,15 +37,6 @@ const Rect& knobRect(int32_t parameter)
         if (place.parameter == parameter)
             return place.frame;
     throw std::out_of_range("no knob");
-}
-
-// Calls serve every 5 ms for the given time, as a host's idle timer does.
-void serveFor(int milliseconds, const std::function<void()>& serve)
-{
-    for (int elapsed = 0; elapsed < milliseconds; elapsed += 5) {
-        serve();
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
 }
 
 class HostCalls : public ::testing::Test {

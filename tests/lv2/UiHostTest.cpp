@@ -19,24 +19,13 @@
 #include <tuple>
 #include <vector>
 
+#include "tests/harness/OnScreen.h"
 #include "tests/harness/Processes.h"
 #include "tests/harness/XServer.h"
 #include "tests/panel/PictureCheck.h"
 #include "tools/vsthost/HostWindow.h"
 
 namespace {
-
-constexpr int kWidth = 253;
-constexpr int kHeight = 400;
-
-// Panel areas, origin lower left and y up: the knobs by parameter, the rate buttons by choice.
-struct Area {
-    int x, y, w, h;
-};
-constexpr Area kKnobs[5] = {{48, 202, 48, 48}, {45, 128, 48, 48}, {154, 202, 48, 48},
-                            {156, 128, 48, 48}, {104, 77, 48, 48}};
-constexpr Area kButtons[4] = {
-    {48, 46, 13, 13}, {78, 46, 13, 13}, {160, 46, 13, 13}, {190, 46, 13, 13}};
 
 const LV2UI_Descriptor* uiDescriptor()
 {
@@ -153,14 +142,6 @@ private:
     std::vector<std::pair<uint32_t, float>> unreported;
 };
 
-void serveFor(int milliseconds, const std::function<void()>& serve)
-{
-    for (int elapsed = 0; elapsed < milliseconds; elapsed += 5) {
-        serve();
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
-}
-
 // Runs xdotool while serve answers for the windows (xdotool waits for the server, the server for
 // the client that holds the pointer).
 testing::AssertionResult xdotool(const std::vector<std::string>& commands,
@@ -199,22 +180,6 @@ std::vector<std::string> dragCommands(uint32_t window, const Area& control, int 
     return commands;
 }
 
-testing::AssertionResult shows(xcb_connection_t* c, uint32_t window, const Area& a,
-                               const Image& picture)
-{
-    const int top = kHeight - a.y - a.h;
-    auto* image = xcb_get_image_reply(
-        c, xcb_get_image(c, XCB_IMAGE_FORMAT_Z_PIXMAP, window, a.x, top, a.w, a.h, ~0u), nullptr);
-    if (!image || xcb_get_image_data_length(image) < a.w * a.h * 4) {
-        free(image);
-        return testing::AssertionFailure() << "no pixels from the server";
-    }
-    const auto* shown = reinterpret_cast<const uint32_t*>(xcb_get_image_data(image));
-    auto result = showsPicture([&](int x, int y) { return shown[(y - top) * a.w + x - a.x]; },
-                               picture, a.x, top, a.w, a.h);
-    free(image);
-    return result;
-}
 
 class Lv2UiInX : public ::testing::Test {
 protected:
