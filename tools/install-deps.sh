@@ -8,10 +8,11 @@ set -e
 as_root=
 [ "$(id -u)" = 0 ] || as_root=sudo
 packages="g++ cmake make pkg-config binutils libcairo2-dev libxcb1-dev libsndfile1-dev
-  lv2-dev libgtest-dev libgmock-dev libbenchmark-dev liblilv-dev fonts-dejavu-core dpkg-dev file"
+  lv2-dev libgtest-dev libgmock-dev libbenchmark-dev liblilv-dev libjack-jackd2-dev
+  fonts-dejavu-core dpkg-dev file"
 if [ "${1:-}" = --test ]; then
   packages="$packages valgrind xvfb xdotool ardour qtractor muse lilv-utils serdi sordi jalv
-    jackd2 libjack-jackd2-dev imagemagick lintian man-db"
+    jackd2 imagemagick lintian man-db"
 fi
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get update
 $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $packages
