@@ -20,7 +20,8 @@ void EffectParameters::setParameter(int32_t index, float value)
 {
     // Decided before the write, so that the effect gets exactly one setParameter either way. A
     // NaN never equals what was there, and is reported like any other change.
-    const bool changed = isParameter(index) && storedValue(index, value) != effect->getParameter(index);
+    const bool changed =
+        isParameter(index) && storedValue(index, value) != effect->getParameter(index);
     // Raised around the host call as well: a host that sets the parameter again from inside its
     // audioMasterAutomate handler (some do, on this same thread) is then not echoed to the panel.
     effect->inPanelUpdate = true;

@@ -50,7 +50,7 @@ std::string rootResources()
         for (int i = 0; i < screenNumber && screens.rem; ++i)
             xcb_screen_next(&screens);
         if (screens.rem) {
-            // Up to 1 MiB, in the 32-bit units the request counts in: far more than any desktop sets.
+            // Up to 1 MiB, in the request's 32-bit units: far more than any desktop sets.
             const xcb_get_property_cookie_t cookie =
                 xcb_get_property(connection, 0, screens.data->root, XCB_ATOM_RESOURCE_MANAGER,
                                  XCB_ATOM_STRING, 0, 1 << 18);

@@ -99,7 +99,8 @@ std::unique_ptr<X11Window> X11Window::createLikeParent(uint32_t parent, View& ro
         return nullptr;
     auto* attributes = xcb_get_window_attributes_reply(
         connection, xcb_get_window_attributes(connection, parent), nullptr);
-    auto* geometry = xcb_get_geometry_reply(connection, xcb_get_geometry(connection, parent), nullptr);
+    auto* geometry =
+        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, parent), nullptr);
     xcb_visualtype_t* visual = attributes ? visualOf(screen, attributes->visual) : nullptr;
     const uint8_t depth = geometry ? geometry->depth : 0;
     free(attributes);
@@ -119,7 +120,8 @@ std::unique_ptr<X11Window> X11Window::createLikeParent(uint32_t parent, View& ro
         createChild(connection, screen, parent, {depth, visual, colormap}, root, scale);
     // A round trip: when the reply is here, the server has made and mapped the window.
     if (window)
-        free(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window->id()), nullptr));
+        free(xcb_get_geometry_reply(connection, xcb_get_geometry(connection, window->id()),
+                                    nullptr));
     return window;
 }
 

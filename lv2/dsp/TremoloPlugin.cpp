@@ -44,8 +44,9 @@ EngineSettings TremoloPlugin::settings() const
         if constexpr (parameter != kSampleRate)
             parameterField<parameter>(read) = control(controls[parameter], parameter);
     });
-    read.rateChoice =
-        controls[kSampleRate] ? rateChoiceOfPort(*controls[kSampleRate], sessionChoice) : sessionChoice;
+    read.rateChoice = controls[kSampleRate]
+                          ? rateChoiceOfPort(*controls[kSampleRate], sessionChoice)
+                          : sessionChoice;
     return read;
 }
 

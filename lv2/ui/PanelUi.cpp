@@ -63,7 +63,8 @@ std::unique_ptr<PanelUi> PanelUi::create(LV2UI_Write_Function write, LV2UI_Contr
     if (!ui->window)
         return nullptr;
     *widget = reinterpret_cast<LV2UI_Widget>(uintptr_t{ui->window->id()});
-    if (const auto* resize = static_cast<const LV2UI_Resize*>(hostFeature(features, LV2_UI__resize)))
+    if (const auto* resize =
+            static_cast<const LV2UI_Resize*>(hostFeature(features, LV2_UI__resize)))
         resize->ui_resize(resize->handle, panel_layout::kPanelWidth * ui->scale,
                           panel_layout::kPanelHeight * ui->scale);
     return ui;
